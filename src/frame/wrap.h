@@ -1,0 +1,39 @@
+// 32-bit wrapping arithmetic and saturation shared by every family.
+//
+// The arithmetic of the primitives is defined on 32 bits with wrap-around;
+// signed overflow is undefined in C++, so every operation that can overflow
+// goes through unsigned arithmetic here. Right shifts of signed values are
+// arithmetic and narrowing conversions are modular (both guaranteed by C++20).
+#pragma once
+
+#include <cstdint>
+
+namespace vqcj {
+
+constexpr int32_t addW(int32_t a, int32_t b) {
+    return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+}
+constexpr int32_t subW(int32_t a, int32_t b) {
+    return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
+}
+constexpr int32_t mulW(int32_t a, int32_t b) {
+    return static_cast<int32_t>(static_cast<uint32_t>(a) * static_cast<uint32_t>(b));
+}
+constexpr int32_t shlW(int32_t a, int n) {
+    return static_cast<int32_t>(static_cast<uint32_t>(a) << n);
+}
+// Logical right shift of the 32-bit pattern.
+constexpr uint32_t shrL(int32_t a, int n) { return static_cast<uint32_t>(a) >> n; }
+
+// Truncation to 16 bits, re-read with sign (no saturation).
+constexpr int16_t cut16s(int32_t v) { return static_cast<int16_t>(v); }
+
+// Saturation: 255 and above give 255, below 0 gives 0.
+constexpr uint8_t sat8u(int32_t v) {
+    return static_cast<uint8_t>(v < 0 ? 0 : (v > 255 ? 255 : v));
+}
+constexpr int16_t sat16s(int32_t v) {
+    return static_cast<int16_t>(v < -32768 ? -32768 : (v > 32767 ? 32767 : v));
+}
+
+}  // namespace vqcj

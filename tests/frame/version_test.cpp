@@ -1,0 +1,3 @@
+#include <gtest/gtest.h>
+#include <vqcj.h>
+TEST(Version, Placeholder) { EXPECT_EQ(vqcjGetLibVersion()->major, 7); }

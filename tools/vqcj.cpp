@@ -1,0 +1,3 @@
+#include <vqcj.h>
+#include <cstdio>
+int main() { std::printf("%s\n", vqcjGetLibVersion()->version); }
