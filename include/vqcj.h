@@ -109,6 +109,220 @@ VQCJ_API VqcStatus vqciAdd128_JPEG_16s8u_C1R(const Vqc16s* pSrc, int32_t srcStep
                                               Vqc8u* pDst, int32_t dstStep,
                                               VqciSize roiSize);
 
+/* ---- JPEG forward colour conversion ------------------------------------ */
+/*
+ * RGB/BGR to YCbCr or Y, 8-bit planes, no level shift. roiSize is in pixels
+ * of the full-rate image; pDst holds the planes Y, Cb, Cr.
+ * Three arithmetics stand side by side on purpose, and are not bit-equal:
+ *  - table forms (C3P3R, P3R, packed 555/565, the Y-only forms): Y rounds at
+ *    one half, chroma just under one half;
+ *  - four-channel forms (C4P3R): multiplications with their own rounding;
+ *  - fused 422/411 forms: chroma from the sum of 2 or 4 pixels.
+ * Check orders (pointers -8, steps -14, sizes -6):
+ *  C3P3R, packed:  pSrc, pDst, pDst[0..2], srcStep, dstStep, width, height
+ *  P3R:            pSrc, pDst, pSrc[0..2], pDst[0..2], srcStep, dstStep, width, height
+ *  Y C3C1R:        pSrc, pDst, srcStep, dstStep, width, height
+ *  Y P3C1R:        pSrc, pSrc[0..2], pDst, srcStep, dstStep, width, height
+ *  C4P3R:          pSrc, pDst, pDst[0..2], width, height (steps taken on trust)
+ *  422:            pSrc, pDst, pDst[0..2], width < 2, height < 1 (steps on trust)
+ *  411:            pSrc, pDst, pDst[0..2], width < 2, height < 2 (steps on trust)
+ * The fused forms return 35 when an odd last column or row was left unwritten.
+ * C3P3R, P3R and the Y forms run rows on several threads above 8192 pixels.
+ */
+VQCJ_API VqcStatus vqciRGBToYCbCr_JPEG_8u_C3P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc8u* const pDst[3],
+                                                 int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciBGRToYCbCr_JPEG_8u_C3P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc8u* const pDst[3],
+                                                 int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciRGBToYCbCr_JPEG_8u_C4P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc8u* const pDst[3],
+                                                 int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciBGRToYCbCr_JPEG_8u_C4P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc8u* const pDst[3],
+                                                 int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciRGBToYCbCr_JPEG_8u_P3R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc8u* const pDst[3],
+                                               int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciBGR555ToYCbCr_JPEG_16u8u_C3P3R(const Vqc16u* pSrc, int32_t srcStep, Vqc8u* const pDst[3],
+                                                       int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciBGR565ToYCbCr_JPEG_16u8u_C3P3R(const Vqc16u* pSrc, int32_t srcStep, Vqc8u* const pDst[3],
+                                                       int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciRGB555ToYCbCr_JPEG_16u8u_C3P3R(const Vqc16u* pSrc, int32_t srcStep, Vqc8u* const pDst[3],
+                                                       int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciRGB565ToYCbCr_JPEG_16u8u_C3P3R(const Vqc16u* pSrc, int32_t srcStep, Vqc8u* const pDst[3],
+                                                       int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciRGBToY_JPEG_8u_C3C1R(const Vqc8u* pSrc, int32_t srcStep, Vqc8u* pDst, int32_t dstStep,
+                                             VqciSize roiSize);
+VQCJ_API VqcStatus vqciBGRToY_JPEG_8u_C3C1R(const Vqc8u* pSrc, int32_t srcStep, Vqc8u* pDst, int32_t dstStep,
+                                             VqciSize roiSize);
+VQCJ_API VqcStatus vqciRGBToY_JPEG_8u_P3C1R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc8u* pDst,
+                                             int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciRGBToYCbCr422_JPEG_8u_C3P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc8u* const pDst[3],
+                                                    const int32_t dstStep[3], VqciSize roiSize);
+VQCJ_API VqcStatus vqciBGRToYCbCr422_JPEG_8u_C3P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc8u* const pDst[3],
+                                                    const int32_t dstStep[3], VqciSize roiSize);
+VQCJ_API VqcStatus vqciRGBToYCbCr422_JPEG_8u_C4P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc8u* const pDst[3],
+                                                    const int32_t dstStep[3], VqciSize roiSize);
+VQCJ_API VqcStatus vqciBGRToYCbCr422_JPEG_8u_C4P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc8u* const pDst[3],
+                                                    const int32_t dstStep[3], VqciSize roiSize);
+VQCJ_API VqcStatus vqciRGBToYCbCr411_JPEG_8u_C3P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc8u* const pDst[3],
+                                                    const int32_t dstStep[3], VqciSize roiSize);
+VQCJ_API VqcStatus vqciBGRToYCbCr411_JPEG_8u_C3P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc8u* const pDst[3],
+                                                    const int32_t dstStep[3], VqciSize roiSize);
+VQCJ_API VqcStatus vqciRGBToYCbCr411_JPEG_8u_C4P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc8u* const pDst[3],
+                                                    const int32_t dstStep[3], VqciSize roiSize);
+VQCJ_API VqcStatus vqciBGRToYCbCr411_JPEG_8u_C4P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc8u* const pDst[3],
+                                                    const int32_t dstStep[3], VqciSize roiSize);
+
+/* ---- JPEG inverse colour conversion ------------------------------------ */
+/*
+ * YCbCr planes (Y, Cb, Cr) to RGB/BGR pixels, saturated to 0..255.
+ * Table arithmetic: full-rate C3/planar/packed forms and the interleaved 422
+ * form. Multiplication arithmetic, with slightly different weights: the
+ * four-channel forms and the planar 422/411 forms.
+ * Check orders (pointers -8, steps -14, sizes -6):
+ *  P3C3R, packed:  pSrc, pDst, pSrc[0..2], srcStep, dstStep, width, height
+ *  P3R:            pSrc, pDst, pSrc[0..2], pDst[0..2], srcStep, dstStep, width, height
+ *  P3C4R:          pDst, pSrc, pSrc[0..2], width, height (steps on trust)
+ *  422 planar:     pDst, pSrc, pSrc[0..2], width < 2, height < 1 (steps on trust)
+ *  411 planar:     pDst, pSrc, pSrc[0..2], width < 2, height < 2 (steps on trust)
+ *  422 C2C3R:      pSrc, pDst, width, height (steps on trust)
+ * The planar 422/411 forms return 35 for an odd width or height. Three 411
+ * members and the C2C3R form process an odd last pair whole, reading and
+ * writing one pixel beyond the width: size the buffers for it.
+ * aval fills the fourth byte of the C4 forms.
+ */
+VQCJ_API VqcStatus vqciYCbCrToRGB_JPEG_8u_P3C3R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc8u* pDst,
+                                                 int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciYCbCrToBGR_JPEG_8u_P3C3R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc8u* pDst,
+                                                 int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciYCbCrToRGB_JPEG_8u_P3C4R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc8u* pDst,
+                                                 int32_t dstStep, VqciSize roiSize, Vqc8u aval);
+VQCJ_API VqcStatus vqciYCbCrToBGR_JPEG_8u_P3C4R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc8u* pDst,
+                                                 int32_t dstStep, VqciSize roiSize, Vqc8u aval);
+VQCJ_API VqcStatus vqciYCbCrToRGB_JPEG_8u_P3R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc8u* const pDst[3],
+                                               int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciYCbCrToBGR555_JPEG_8u16u_P3C3R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc16u* pDst,
+                                                       int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciYCbCrToBGR565_JPEG_8u16u_P3C3R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc16u* pDst,
+                                                       int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciYCbCrToRGB555_JPEG_8u16u_P3C3R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc16u* pDst,
+                                                       int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciYCbCrToRGB565_JPEG_8u16u_P3C3R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc16u* pDst,
+                                                       int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciYCbCr422ToRGB_JPEG_8u_P3C3R(const Vqc8u* const pSrc[3], const int32_t srcStep[3],
+                                                    Vqc8u* pDst, int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciYCbCr422ToBGR_JPEG_8u_P3C3R(const Vqc8u* const pSrc[3], const int32_t srcStep[3],
+                                                    Vqc8u* pDst, int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciYCbCr422ToRGB_JPEG_8u_P3C4R(const Vqc8u* const pSrc[3], const int32_t srcStep[3],
+                                                    Vqc8u* pDst, int32_t dstStep, VqciSize roiSize, Vqc8u aval);
+VQCJ_API VqcStatus vqciYCbCr422ToBGR_JPEG_8u_P3C4R(const Vqc8u* const pSrc[3], const int32_t srcStep[3],
+                                                    Vqc8u* pDst, int32_t dstStep, VqciSize roiSize, Vqc8u aval);
+VQCJ_API VqcStatus vqciYCbCr411ToRGB_JPEG_8u_P3C3R(const Vqc8u* const pSrc[3], const int32_t srcStep[3],
+                                                    Vqc8u* pDst, int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciYCbCr411ToBGR_JPEG_8u_P3C3R(const Vqc8u* const pSrc[3], const int32_t srcStep[3],
+                                                    Vqc8u* pDst, int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciYCbCr411ToRGB_JPEG_8u_P3C4R(const Vqc8u* const pSrc[3], const int32_t srcStep[3],
+                                                    Vqc8u* pDst, int32_t dstStep, VqciSize roiSize, Vqc8u aval);
+VQCJ_API VqcStatus vqciYCbCr411ToBGR_JPEG_8u_P3C4R(const Vqc8u* const pSrc[3], const int32_t srcStep[3],
+                                                    Vqc8u* pDst, int32_t dstStep, VqciSize roiSize, Vqc8u aval);
+VQCJ_API VqcStatus vqciYCbCr422ToRGB_JPEG_8u_C2C3R(const Vqc8u* pSrc, int32_t srcStep, Vqc8u* pDst,
+                                                    int32_t dstStep, VqciSize roiSize);
+
+/* ---- CMYK and YCCK ----------------------------------------------------- */
+/*
+ * The inks as inverted R, G, B through the table arithmetic; K unchanged.
+ * Planes C, M, Y, K and Y, Cb, Cr, K; one step per side.
+ * Checks: pSrc, pDst, then the plane pointers (source planes before
+ * destination planes), srcStep, dstStep, width, height. Row-parallel.
+ */
+VQCJ_API VqcStatus vqciCMYKToYCCK_JPEG_8u_C4P4R(const Vqc8u* pSrc, int32_t srcStep, Vqc8u* const pDst[4],
+                                                 int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciCMYKToYCCK_JPEG_8u_P4R(const Vqc8u* const pSrc[4], int32_t srcStep, Vqc8u* const pDst[4],
+                                               int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciYCCKToCMYK_JPEG_8u_P4C4R(const Vqc8u* const pSrc[4], int32_t srcStep, Vqc8u* pDst,
+                                                 int32_t dstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciYCCKToCMYK_JPEG_8u_P4R(const Vqc8u* const pSrc[4], int32_t srcStep, Vqc8u* const pDst[4],
+                                               int32_t dstStep, VqciSize roiSize);
+
+/* ---- Chroma down- and up-sampling -------------------------------------- */
+/*
+ * Image forms: pSrc, srcStep, srcRoiSize, pDst, dstStep, dstRoiSize. Loops
+ * run over the destination size; the sizes are not compared. The up-sampling
+ * forms read one sample (and one row) beyond each border of the source: the
+ * caller provides those bytes. Checks in buffer order: pSrc -8, srcStep -14,
+ * source width -6, source height -6, then the same for the destination.
+ * Row forms: each their own rounding (box filters alternate their bias) and
+ * their own border handling. Checks: the pointers -8, then srcWidth -6. The
+ * triangle rows need srcWidth of at least 2.
+ */
+VQCJ_API VqcStatus vqciSampleDownH2V1_JPEG_8u_C1R(const Vqc8u* pSrc, int32_t srcStep, VqciSize srcRoiSize,
+                                                   Vqc8u* pDst, int32_t dstStep, VqciSize dstRoiSize);
+VQCJ_API VqcStatus vqciSampleDownH2V2_JPEG_8u_C1R(const Vqc8u* pSrc, int32_t srcStep, VqciSize srcRoiSize,
+                                                   Vqc8u* pDst, int32_t dstStep, VqciSize dstRoiSize);
+VQCJ_API VqcStatus vqciSampleUpH2V1_JPEG_8u_C1R(const Vqc8u* pSrc, int32_t srcStep, VqciSize srcRoiSize,
+                                                 Vqc8u* pDst, int32_t dstStep, VqciSize dstRoiSize);
+VQCJ_API VqcStatus vqciSampleUpH2V2_JPEG_8u_C1R(const Vqc8u* pSrc, int32_t srcStep, VqciSize srcRoiSize,
+                                                 Vqc8u* pDst, int32_t dstStep, VqciSize dstRoiSize);
+VQCJ_API VqcStatus vqciSampleDownRowH2V1_Box_JPEG_8u_C1(const Vqc8u* pSrc, int32_t srcWidth, Vqc8u* pDst);
+VQCJ_API VqcStatus vqciSampleDownRowH2V2_Box_JPEG_8u_C1(const Vqc8u* pSrc1, const Vqc8u* pSrc2, int32_t srcWidth,
+                                                         Vqc8u* pDst);
+VQCJ_API VqcStatus vqciSampleUpRowH2V1_Triangle_JPEG_8u_C1(const Vqc8u* pSrc, int32_t srcWidth, Vqc8u* pDst);
+VQCJ_API VqcStatus vqciSampleUpRowH2V2_Triangle_JPEG_8u_C1(const Vqc8u* pSrc1, const Vqc8u* pSrc2,
+                                                            int32_t srcWidth, Vqc8u* pDst);
+
+/* ---- Quantisation tables and quantisers -------------------------------- */
+/*
+ * Raw tables: 64 bytes in zig-zag order. Forward tables: 64 reciprocals of
+ * the divisors scaled by 32768, natural order (a zero divisor gives 65535 and
+ * the warning 6). Inverse tables: 64 divisors, natural order; the inverse
+ * quantisers read them as signed 16-bit values.
+ * RawTableInit: quality scaling in place; table -8, qualityFactor < 1: -5.
+ * TableInit: either pointer null -8. Quant8x8: either pointer null -8.
+ * Forward quantisation rounds half to even; both quantisers saturate.
+ */
+VQCJ_API VqcStatus vqciQuantFwdRawTableInit_JPEG_8u(Vqc8u* pQuantRawTable, int32_t qualityFactor);
+VQCJ_API VqcStatus vqciQuantFwdTableInit_JPEG_8u16u(const Vqc8u* pQuantRawTable, Vqc16u* pQuantFwdTable);
+VQCJ_API VqcStatus vqciQuantInvTableInit_JPEG_8u16u(const Vqc8u* pQuantRawTable, Vqc16u* pQuantInvTable);
+VQCJ_API VqcStatus vqciQuantFwd8x8_JPEG_16s_C1I(Vqc16s* pSrcDst, const Vqc16u* pQuantFwdTable);
+VQCJ_API VqcStatus vqciQuantInv8x8_JPEG_16s_C1I(Vqc16s* pSrcDst, const Vqc16u* pQuantInvTable);
+
+/* ---- 8x8 DCT with quantisation ----------------------------------------- */
+/*
+ * Blocks are 64 Vqc16s, row-major, contiguous; coefficients in natural order.
+ * Integer forms: fixed-point kernel, 16-bit wrap between passes, saturation
+ * only in the quantiser. The 16u forms (12-bit samples) run in single
+ * precision with a caller-built float table of multipliers; level shift 2048.
+ * LS forms with a row step check: pSrc, pDst -8, step -14, table -8.
+ * Block forms check their pointers in argument order: -8.
+ */
+VQCJ_API VqcStatus vqciDCTQuantFwd8x8LS_JPEG_8u16s_C1R(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* pDst,
+                                                        const Vqc16u* pQuantFwdTable);
+VQCJ_API VqcStatus vqciDCTQuantFwd8x8LS_JPEG_16u16s_C1R(const Vqc16u* pSrc, int32_t srcStep, Vqc16s* pDst,
+                                                         const Vqc32f* pQuantFwdTable);
+VQCJ_API VqcStatus vqciDCTQuantFwd8x8_JPEG_16s_C1(const Vqc16s* pSrc, Vqc16s* pDst, const Vqc16u* pQuantFwdTable);
+VQCJ_API VqcStatus vqciDCTQuantFwd8x8_JPEG_16s_C1I(Vqc16s* pSrcDst, const Vqc16u* pQuantFwdTable);
+VQCJ_API VqcStatus vqciDCTQuantInv8x8LS_JPEG_16s8u_C1R(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep,
+                                                        const Vqc16u* pQuantInvTable);
+VQCJ_API VqcStatus vqciDCTQuantInv8x8LS_JPEG_16s16u_C1R(const Vqc16s* pSrc, Vqc16u* pDst, int32_t dstStep,
+                                                         const Vqc32f* pQuantInvTable);
+VQCJ_API VqcStatus vqciDCTQuantInv8x8_JPEG_16s_C1(const Vqc16s* pSrc, Vqc16s* pDst, const Vqc16u* pQuantInvTable);
+VQCJ_API VqcStatus vqciDCTQuantInv8x8_JPEG_16s_C1I(Vqc16s* pSrcDst, const Vqc16u* pQuantInvTable);
+
+/* ---- TIFF rows ---------------------------------------------------------- */
+/*
+ * PackBits, one row at a time. The encoder appends at *pDstCount and stops
+ * with -124 (the earlier packets stay valid, *pDstCount at their end) when a
+ * packet would pass dstLenMax. The decoder fills dstLen bytes starting at
+ * *pSrcPos and leaves *pSrcPos after the last packet read, ready for the next
+ * row; -124 when a packet would pass srcLen or the row.
+ * Checks: pointers -8, then lengths -6.
+ * Join/split 16-bit little-endian samples to and from two byte planes
+ * (plane 0 the high bytes). Checks: outer pointers -8, len < 1: -14.
+ */
+VQCJ_API VqcStatus vqciPackBitsRow_TIFF_8u_C1(const Vqc8u* pSrc, int32_t srcLen, Vqc8u* pDst, int32_t* pDstCount,
+                                               int32_t dstLenMax);
+VQCJ_API VqcStatus vqciUnpackBitsRow_TIFF_8u_C1(const Vqc8u* pSrc, int32_t* pSrcPos, int32_t srcLen, Vqc8u* pDst,
+                                                 int32_t dstLen);
+VQCJ_API VqcStatus vqciJoinRow_TIFF_8u16u_C1(const Vqc8u* const ppSrc[2], Vqc8u* pDst, int32_t len);
+VQCJ_API VqcStatus vqciSplitRow_TIFF_16u8u_C1(const Vqc8u* pSrc, Vqc8u* const ppDst[2], int32_t len);
+
 #ifdef __cplusplus
 }
 #endif
