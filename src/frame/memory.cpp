@@ -78,12 +78,8 @@ Vqc32s* ownFill32s(Vqc32s value, Vqc32s* p, int32_t length) {
 
 void* ownCopyBytes(const void* src, void* dst, int32_t length) {
     if (length < 1) return dst;
-    const auto s = reinterpret_cast<uintptr_t>(src);
-    const auto d = reinterpret_cast<uintptr_t>(dst);
-    // The distances are taken as signed 32-bit differences, as the rule says.
-    const auto ahead = static_cast<int32_t>(static_cast<uint32_t>(d - s));
-    const auto behind = static_cast<int32_t>(static_cast<uint32_t>(s - d));
-    if (length > 96 && (ahead > length || behind > length)) return std::memcpy(dst, src, static_cast<size_t>(length));
+    if (ownCopyTakesBlockCopy(reinterpret_cast<uintptr_t>(src), reinterpret_cast<uintptr_t>(dst), length))
+        return std::memcpy(dst, src, static_cast<size_t>(length));
     // In order, one byte at a time: with dst a little above src this
     // replicates the leading pattern. Not a memmove, deliberately.
     const auto* sp = static_cast<const uint8_t*>(src);

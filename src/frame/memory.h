@@ -5,6 +5,8 @@
 
 #include <vqcj.h>
 
+#include <cstdint>
+
 namespace vqcj {
 
 // Length below 1: null without calling the allocator.
@@ -25,6 +27,14 @@ Vqc32s* ownFill32s(Vqc32s value, Vqc32s* p, int32_t length);
 // everything else is a plain forward byte loop, which callers rely on to
 // replicate a pattern when the destination sits just above the source.
 void* ownCopyBytes(const void* src, void* dst, int32_t length);
+
+// The decision of ownCopyBytes: the distances are taken as signed 32-bit
+// differences and must be strictly greater than the length.
+constexpr bool ownCopyTakesBlockCopy(uintptr_t src, uintptr_t dst, int32_t length) {
+    const auto ahead = static_cast<int32_t>(static_cast<uint32_t>(dst - src));
+    const auto behind = static_cast<int32_t>(static_cast<uint32_t>(src - dst));
+    return length > 96 && (ahead > length || behind > length);
+}
 VqcStatus ownCopy8u(const Vqc8u* src, Vqc8u* dst, int32_t length);
 
 }  // namespace vqcj
