@@ -1,5 +1,7 @@
 #include "levelshift.h"
 
+#include <algorithm>
+
 #include "check.h"
 #include "parallel.h"
 #include "rows.h"
@@ -8,27 +10,29 @@
 namespace vqcj {
 
 void ownSub128(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* pDst, int32_t dstStep, VqciSize roiSize) {
-    const int32_t w = roiSize.width;
-    ownParallelRows(w, roiSize.height, [=](int32_t first, int32_t last) {
-        const Vqc8u* s = rowAt(pSrc, srcStep, first);
-        Vqc16s* d = rowAt(pDst, dstStep, first);
+    ownParallelRows(roiSize.width, roiSize.height, [=](int32_t first, int32_t last) {
+        const int32_t w = roiSize.width;
         for (int32_t y = first; y < last; ++y) {
+            const Vqc8u* __restrict s = rowAt(pSrc, srcStep, y);
+            Vqc16s* __restrict d = rowAt(pDst, dstStep, y);
             for (int32_t x = 0; x < w; ++x) d[x] = static_cast<Vqc16s>(s[x] - 128);
-            s = rowAt(s, srcStep, 1);
-            d = rowAt(d, dstStep, 1);
         }
     });
 }
 
 void ownAdd128(const Vqc16s* pSrc, int32_t srcStep, Vqc8u* pDst, int32_t dstStep, VqciSize roiSize) {
-    const int32_t w = roiSize.width;
-    ownParallelRows(w, roiSize.height, [=](int32_t first, int32_t last) {
-        const Vqc16s* s = rowAt(pSrc, srcStep, first);
-        Vqc8u* d = rowAt(pDst, dstStep, first);
+    ownParallelRows(roiSize.width, roiSize.height, [=](int32_t first, int32_t last) {
+        // A local bound: byte stores could otherwise alias the captured width.
+        const int32_t w = roiSize.width;
         for (int32_t y = first; y < last; ++y) {
-            for (int32_t x = 0; x < w; ++x) d[x] = sat8u(s[x] + 128);
-            s = rowAt(s, srcStep, 1);
-            d = rowAt(d, dstStep, 1);
+            const Vqc16s* __restrict s = rowAt(pSrc, srcStep, y);
+            Vqc8u* __restrict d = rowAt(pDst, dstStep, y);
+            // Clamping in 16 bits before the shift is the same saturation and
+            // keeps eight lanes per vector.
+            for (int32_t x = 0; x < w; ++x) {
+                const Vqc16s c = std::min<Vqc16s>(std::max<Vqc16s>(s[x], -128), 127);
+                d[x] = static_cast<Vqc8u>(c + 128);
+            }
         }
     });
 }

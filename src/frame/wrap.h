@@ -6,6 +6,7 @@
 // arithmetic and narrowing conversions are modular (both guaranteed by C++20).
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 namespace vqcj {
@@ -28,12 +29,9 @@ constexpr uint32_t shrL(int32_t a, int n) { return static_cast<uint32_t>(a) >> n
 // Truncation to 16 bits, re-read with sign (no saturation).
 constexpr int16_t cut16s(int32_t v) { return static_cast<int16_t>(v); }
 
-// Saturation: 255 and above give 255, below 0 gives 0.
-constexpr uint8_t sat8u(int32_t v) {
-    return static_cast<uint8_t>(v < 0 ? 0 : (v > 255 ? 255 : v));
-}
-constexpr int16_t sat16s(int32_t v) {
-    return static_cast<int16_t>(v < -32768 ? -32768 : (v > 32767 ? 32767 : v));
-}
+// Saturation: 255 and above give 255, below 0 gives 0. Spelled as max/min
+// so that loops using them vectorise.
+constexpr uint8_t sat8u(int32_t v) { return static_cast<uint8_t>(std::min(std::max(v, 0), 255)); }
+constexpr int16_t sat16s(int32_t v) { return static_cast<int16_t>(std::min(std::max(v, -32768), 32767)); }
 
 }  // namespace vqcj
