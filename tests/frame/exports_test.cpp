@@ -3,11 +3,11 @@
 #include <elf.h>
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstring>
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <regex>
 #include <set>
 #include <string>
 #include <vector>
@@ -54,10 +54,17 @@ std::set<std::string> listedNames() {
 std::set<std::string> declaredNames() {
     const std::vector<char> text = readFile(VQCJ_PUBLIC_HEADER);
     const std::string s(text.begin(), text.end());
-    static const std::regex decl(R"(\b(vqc[ij]\w+)\s*\()");
+    auto word = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; };
+    // A name starting vqci or vqcj followed by an opening parenthesis.
     std::set<std::string> names;
-    for (auto it = std::sregex_iterator(s.begin(), s.end(), decl); it != std::sregex_iterator(); ++it)
-        names.insert((*it)[1]);
+    for (size_t i = s.find("vqc"); i != std::string::npos; i = s.find("vqc", i + 1)) {
+        if ((i > 0 && word(s[i - 1])) || i + 4 > s.size() || (s[i + 3] != 'i' && s[i + 3] != 'j')) continue;
+        size_t e = i;
+        while (e < s.size() && word(s[e])) ++e;
+        size_t p = e;
+        while (p < s.size() && s[p] == ' ') ++p;
+        if (p < s.size() && s[p] == '(') names.insert(s.substr(i, e - i));
+    }
     return names;
 }
 
