@@ -138,6 +138,8 @@ TEST_F(SamplingInterop, BoxRowsMatchPeerDownsampling) {
         // height by repeating the last row; we read one byte past the row
         // instead. Only the outputs that do not touch the padding are
         // compared: the first W/2 columns and, for 420, the first H/2 rows.
+        // The image forms are no match here: their fixed biases (1, and 3
+        // over four samples) sit above the peer's alternating 0,1 and 1,2.
         const int W = img.width, H = img.height, cols = W / 2;
         std::vector<uint8_t> out(size_t(W + 1) / 2);
         for (int c = 1; c < 3; ++c) {
@@ -151,32 +153,6 @@ TEST_F(SamplingInterop, BoxRowsMatchPeerDownsampling) {
                 ASSERT_TRUE(std::equal(out.begin(), out.begin() + cols, h420[c].row(y)))
                     << img.name << " 420 plane " << c << " row " << y;
             }
-        }
-    }
-}
-
-TEST_F(SamplingInterop, ImageDownFormsRoundAboveThePeer) {
-    // The image forms round with a fixed bias (1, and 3 over four samples)
-    // where the peer alternates 0,1 and 1,2: they never agree everywhere.
-    // What holds is that ours is the peer's value or one above, and equal at
-    // the odd columns of H2V1, where both add 1.
-    for (const auto& img : photos_) {
-        const auto full = encodePlanes(img, TJSAMP_444);
-        const auto h422 = encodePlanes(img, TJSAMP_422), h420 = encodePlanes(img, TJSAMP_420);
-        const int cols = img.width / 2, rows = img.height / 2;
-        for (int c = 1; c < 3; ++c) {
-            Plane a{cols, img.height, std::vector<uint8_t>(size_t(cols) * img.height)};
-            Plane b{cols, rows, std::vector<uint8_t>(size_t(cols) * rows)};
-            const int s = img.width;
-            vqciSampleDownH2V1_JPEG_8u_C1R(full[c].px.data(), s, {s, img.height}, a.px.data(), cols, {cols, a.h});
-            vqciSampleDownH2V2_JPEG_8u_C1R(full[c].px.data(), s, {s, img.height}, b.px.data(), cols, {cols, rows});
-            for (const auto& [ours, peer] : {std::pair{&a, &h422[c]}, std::pair{&b, &h420[c]}})
-                for (int y = 0; y < ours->h; ++y)
-                    for (int x = 0; x < cols; ++x) {
-                        const int d = ours->row(y)[x] - peer->row(y)[x];
-                        ASSERT_TRUE(d == 0 || (d == 1 && (ours == &b || x % 2 == 0)))
-                            << img.name << " plane " << c << " at " << x << "," << y << " differs by " << d;
-                    }
         }
     }
 }
