@@ -248,9 +248,13 @@ VQCJ_API VqcStatus vqciYCCKToCMYK_JPEG_8u_P4R(const Vqc8u* const pSrc[4], int32_
  * forms read one sample (and one row) beyond each border of the source: the
  * caller provides those bytes. Checks in buffer order: pSrc -8, srcStep -14,
  * source width -6, source height -6, then the same for the destination.
+ * DownH2V1, DownH2V2 and UpH2V2 are row-parallel on the destination size;
+ * UpH2V1 is serial.
  * Row forms: each their own rounding (box filters alternate their bias) and
  * their own border handling. Checks: the pointers -8, then srcWidth -6. The
- * triangle rows need srcWidth of at least 2.
+ * box rows write (srcWidth + 1) / 2 samples, and an odd srcWidth reads one
+ * byte past the row; the triangle rows write 2 * srcWidth samples and need
+ * srcWidth of at least 2. In the H2V2 triangle pSrc1 is the near row.
  */
 VQCJ_API VqcStatus vqciSampleDownH2V1_JPEG_8u_C1R(const Vqc8u* pSrc, int32_t srcStep, VqciSize srcRoiSize,
                                                    Vqc8u* pDst, int32_t dstStep, VqciSize dstRoiSize);
