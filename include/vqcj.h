@@ -313,9 +313,12 @@ VQCJ_API VqcStatus vqciDCTQuantInv8x8_JPEG_16s_C1I(Vqc16s* pSrcDst, const Vqc16u
 /*
  * PackBits, one row at a time. The encoder appends at *pDstCount and stops
  * with -124 (the earlier packets stay valid, *pDstCount at their end) when a
- * packet would pass dstLenMax. The decoder fills dstLen bytes starting at
+ * packet would pass dstLenMax. A row of n bytes packs to at most
+ * n + ceil(n / 5) bytes. The decoder fills dstLen bytes starting at
  * *pSrcPos and leaves *pSrcPos after the last packet read, ready for the next
- * row; -124 when a packet would pass srcLen or the row.
+ * row; -124 when a packet would pass srcLen or the row (nothing of that
+ * packet is written). Headers of -128 are passed over. A replicate header on
+ * the last byte before srcLen takes its value from the byte at srcLen.
  * Checks: pointers -8, then lengths -6.
  * Join/split 16-bit little-endian samples to and from two byte planes
  * (plane 0 the high bytes). Checks: outer pointers -8, len < 1: -14.
