@@ -1,11 +1,19 @@
 // Memory services shared by all families: allocation through the core
-// library, and zero, fill and copy routines whose tail handling is the same
-// everywhere. The raw forms carry no checks; the 8u/16s/32s forms check.
+// library, and zero, fill and copy routines. The raw forms carry no checks;
+// the 8u/16s/32s forms check the pointer (-8) and then the length (-6).
+//
+// Zero and fill write exactly [p, p + length) and nothing else; which stores
+// do it cannot change a byte, so they go to memset. The copy's result is
+// that of a forward byte loop, which callers rely on to replicate a pattern
+// when the destination sits just above the source; where the ranges do not
+// overlap every copy order writes the same bytes, so memcpy does it. They are
+// inline because families call them once per packet on short lengths.
 #pragma once
 
 #include <vqcj.h>
 
 #include <cstdint>
+#include <cstring>
 
 namespace vqcj {
 
@@ -14,27 +22,77 @@ void* ownMalloc(int32_t length);
 // No null test of its own: the core library's free accepts null.
 void ownFree(void* p);
 
-void ownZeroBytes(void* p, int32_t length);
-VqcStatus ownZero8u(Vqc8u* p, int32_t length);
-VqcStatus ownZero16s(Vqc16s* p, int32_t length);
-VqcStatus ownZero32s(Vqc32s* p, int32_t length);
-
-void ownFillBytes(Vqc8u value, void* p, int32_t length);
-VqcStatus ownFill8u(Vqc8u value, Vqc8u* p, int32_t length);
-Vqc32s* ownFill32s(Vqc32s value, Vqc32s* p, int32_t length);
-
-// Forward copy. Above 96 bytes, ranges more than `length` apart go to memcpy;
-// everything else is a plain forward byte loop, which callers rely on to
-// replicate a pattern when the destination sits just above the source.
-void* ownCopyBytes(const void* src, void* dst, int32_t length);
-
-// The decision of ownCopyBytes: the distances are taken as signed 32-bit
-// differences and must be strictly greater than the length.
-constexpr bool ownCopyTakesBlockCopy(uintptr_t src, uintptr_t dst, int32_t length) {
-    const auto ahead = static_cast<int32_t>(static_cast<uint32_t>(dst - src));
-    const auto behind = static_cast<int32_t>(static_cast<uint32_t>(src - dst));
-    return length > 96 && (ahead > length || behind > length);
+inline void ownZeroBytes(void* p, int32_t length) {
+    if (length > 0) std::memset(p, 0, static_cast<size_t>(length));
 }
-VqcStatus ownCopy8u(const Vqc8u* src, Vqc8u* dst, int32_t length);
+
+inline void ownFillBytes(Vqc8u value, void* p, int32_t length) {
+    if (length > 0) std::memset(p, value, static_cast<size_t>(length));
+}
+
+inline VqcStatus ownZero8u(Vqc8u* p, int32_t length) {
+    if (p == nullptr) return vqcStatusNullPtr;
+    if (length < 1) return vqcStatusBadSize;
+    ownZeroBytes(p, length);
+    return vqcStatusOk;
+}
+
+// Lengths in elements; the byte count wraps on 32 bits as the count does.
+inline VqcStatus ownZero16s(Vqc16s* p, int32_t length) {
+    if (p == nullptr) return vqcStatusNullPtr;
+    if (length < 1) return vqcStatusBadSize;
+    ownZeroBytes(p, static_cast<int32_t>(static_cast<uint32_t>(length) * 2u));
+    return vqcStatusOk;
+}
+
+inline VqcStatus ownZero32s(Vqc32s* p, int32_t length) {
+    if (p == nullptr) return vqcStatusNullPtr;
+    if (length < 1) return vqcStatusBadSize;
+    ownZeroBytes(p, static_cast<int32_t>(static_cast<uint32_t>(length) * 4u));
+    return vqcStatusOk;
+}
+
+inline VqcStatus ownFill8u(Vqc8u value, Vqc8u* p, int32_t length) {
+    if (p == nullptr) return vqcStatusNullPtr;
+    if (length < 1) return vqcStatusBadSize;
+    ownFillBytes(value, p, length);
+    return vqcStatusOk;
+}
+
+// Returns p; a length below 1 does nothing.
+inline Vqc32s* ownFill32s(Vqc32s value, Vqc32s* p, int32_t length) {
+    for (int32_t i = 0; i < length; ++i) p[i] = value;
+    return p;
+}
+
+// True when [src, src + length) and [dst, dst + length) share a byte.
+constexpr bool ownRangesOverlap(uintptr_t src, uintptr_t dst, int32_t length) {
+    const uintptr_t distance = dst > src ? dst - src : src - dst;
+    return distance < static_cast<uintptr_t>(length);
+}
+
+// Returns dst; a length below 1 does nothing.
+inline void* ownCopyBytes(const void* src, void* dst, int32_t length) {
+    if (length < 1) return dst;
+    if (!ownRangesOverlap(reinterpret_cast<uintptr_t>(src), reinterpret_cast<uintptr_t>(dst), length)) {
+        // GCC warns about this branch where constant arguments make it dead.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wrestrict"
+        return std::memcpy(dst, src, static_cast<size_t>(length));
+#pragma GCC diagnostic pop
+    }
+    // Overlapping: in order, one byte at a time. Not a memmove, deliberately.
+    const auto* s = static_cast<const uint8_t*>(src);
+    auto* d = static_cast<uint8_t*>(dst);
+    for (int32_t i = 0; i < length; ++i) d[i] = s[i];
+    return dst;
+}
+
+inline VqcStatus ownCopy8u(const Vqc8u* src, Vqc8u* dst, int32_t length) {
+    if (src == nullptr || dst == nullptr) return vqcStatusNullPtr;
+    if (length < 1) return vqcStatusBadSize;
+    ownCopyBytes(src, dst, length);
+    return vqcStatusOk;
+}
 
 }  // namespace vqcj

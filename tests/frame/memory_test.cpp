@@ -76,17 +76,13 @@ TEST(Memory, Fill32sGroupsAndTail) {
     }
 }
 
-TEST(Memory, CopyChoosesBlockCopyOnlyForDistantLongRanges) {
+TEST(Memory, OverlapIsDecidedOnRealDistances) {
     const uintptr_t s = 0x10000;
-    EXPECT_FALSE(ownCopyTakesBlockCopy(s, s + 1000, 96));  // 96 bytes: always the byte loop
-    EXPECT_FALSE(ownCopyTakesBlockCopy(s, s + 97, 97));    // touching: distance not greater than length
-    EXPECT_TRUE(ownCopyTakesBlockCopy(s, s + 98, 97));
-    EXPECT_FALSE(ownCopyTakesBlockCopy(s + 97, s, 97));
-    EXPECT_TRUE(ownCopyTakesBlockCopy(s + 98, s, 97));
-    EXPECT_FALSE(ownCopyTakesBlockCopy(s, s + 50, 200));   // overlap either way
-    EXPECT_FALSE(ownCopyTakesBlockCopy(s + 50, s, 200));
-    // Distances are 32-bit: 4 GiB apart reads as 0 apart, so the byte loop runs.
-    EXPECT_FALSE(ownCopyTakesBlockCopy(s, s + (uintptr_t{1} << 32), 200));
+    EXPECT_FALSE(ownRangesOverlap(s, s + 97, 97));  // touching ranges share no byte
+    EXPECT_TRUE(ownRangesOverlap(s, s + 96, 97));
+    EXPECT_TRUE(ownRangesOverlap(s + 96, s, 97));
+    EXPECT_TRUE(ownRangesOverlap(s, s, 1));
+    EXPECT_FALSE(ownRangesOverlap(s, s + (uintptr_t{1} << 32), 200));  // 4 GiB apart is far apart
 }
 
 // A forward byte copy into an overlapping range just above the source
@@ -101,6 +97,10 @@ TEST(Memory, OverlappingForwardCopyReplicates) {
     std::iota(b.begin(), b.end(), 0);  // longer than 96, still overlapping
     EXPECT_EQ(ownCopyBytes(b.data(), b.data() + 3, 200), b.data() + 3);
     for (int i = 0; i < 203; ++i) ASSERT_EQ(b[i], i % 3) << i;
+
+    std::iota(b.begin(), b.end(), 0);  // destination below the source: an ordinary copy
+    ownCopyBytes(b.data() + 5, b.data(), 100);
+    for (int i = 0; i < 100; ++i) ASSERT_EQ(b[i], i + 5) << i;
 
     std::iota(b.begin(), b.end(), 0);  // far apart: plain copy
     ASSERT_EQ(ownCopy8u(b.data(), b.data() + 200, 150), vqcStatusOk);
