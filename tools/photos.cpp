@@ -1,6 +1,7 @@
 #include "photos.h"
 
-#include <jpeglib.h>
+#include "jpegerr.h"
+
 #include <png.h>
 
 #include <algorithm>
@@ -28,18 +29,12 @@ bool loadPng(const std::string& path, Image& img) {
     return true;
 }
 
-struct JpegErr {
-    jpeg_error_mgr mgr;
-    jmp_buf jump;
-};
-
 bool loadJpeg(const std::string& path, Image& img) {
     FILE* f = std::fopen(path.c_str(), "rb");
     if (!f) return false;
     jpeg_decompress_struct cinfo;
-    JpegErr err;
-    cinfo.err = jpeg_std_error(&err.mgr);
-    err.mgr.error_exit = [](j_common_ptr c) { longjmp(reinterpret_cast<JpegErr*>(c->err)->jump, 1); };
+    JpegErrorJump err;
+    cinfo.err = err.install();
     if (setjmp(err.jump)) {
         jpeg_destroy_decompress(&cinfo);
         std::fclose(f);

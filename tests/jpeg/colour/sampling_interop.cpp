@@ -15,6 +15,7 @@
 #include <csetjmp>
 #include <vector>
 
+#include "jpegerr.h"
 #include "photos.h"
 
 namespace {
@@ -71,18 +72,12 @@ std::vector<Plane> decodeRaw(const std::vector<uint8_t>& jpeg, int width, int he
     return planes;
 }
 
-struct JpegErr {
-    jpeg_error_mgr mgr;
-    jmp_buf jump;
-};
-
 // The peer's fancy-upsampled planes: YCbCr output skips its colour conversion.
 std::vector<Plane> decodeUpsampled(const std::vector<uint8_t>& jpeg) {
     std::vector<Plane> planes(3);
     jpeg_decompress_struct cinfo;
-    JpegErr err;
-    cinfo.err = jpeg_std_error(&err.mgr);
-    err.mgr.error_exit = [](j_common_ptr c) { longjmp(reinterpret_cast<JpegErr*>(c->err)->jump, 1); };
+    vqcjphoto::JpegErrorJump err;
+    cinfo.err = err.install();
     if (setjmp(err.jump)) {
         jpeg_destroy_decompress(&cinfo);
         ADD_FAILURE() << "libjpeg could not decode";
