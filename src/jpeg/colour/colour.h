@@ -120,12 +120,23 @@ struct InvArith {
     static_assert(kRm >= -32768 && kRm < 32768 && kGbm >= -32768 && kGbm < 32768 && kGrm >= -32768 &&
                   kGrm < 32768 && kBm >= -32768 && kBm < 32768);
 
+    // (m c + k) >> 16 for a 16-bit product on 16-bit lanes: the high half of
+    // the product, plus the carry of its low half and k (pmulhw, pmullw).
+    template <int32_t M, int32_t K>
+    static int16_t round16(int16_t c) {
+        static_assert(K >= 0 && K < 65536);
+        const int16_t hi = static_cast<int16_t>((M * c) >> 16);
+        const uint16_t lo = static_cast<uint16_t>(M * c);
+        return static_cast<int16_t>(hi + (((lo >> 1) + (K >> 1) + (lo & K & 1)) >> 15));
+    }
+
     static void pixel(int16_t y, int16_t cb, int16_t cr, uint8_t& r, uint8_t& g, uint8_t& b) {
         cb = static_cast<int16_t>(cb - 128);
         cr = static_cast<int16_t>(cr - 128);
-        r = sat8u(y + kRq * cr + ((kRm * cr + W.rRound) >> 16));
+        r = sat8u(y + kRq * cr + round16<kRm, W.rRound>(cr));
+        // Two products: their sum needs 32 bits.
         g = sat8u(y + kGbq * cb + kGrq * cr + ((kGbm * cb + kGrm * cr + W.gRound) >> 16));
-        b = sat8u(y + kBq * cb + ((kBm * cb + W.bRound) >> 16));
+        b = sat8u(y + kBq * cb + round16<kBm, W.bRound>(cb));
     }
 };
 
@@ -242,23 +253,26 @@ struct SrcPacked {
 
 // ---- Forward row routines ----------------------------------------------------
 
-// Full rate: NOut 1 writes Y only, 3 writes Y, Cb, Cr, 4 also copies K.
+// Full rate: NOut 1 writes Y only, 3 writes Y, Cb, Cr, 4 also copies K. The
+// planes are restrict parameters, so that GCC vectorises without alias checks.
 template <class Arith, int NOut>
-inline void ownFwdPixels(const BlockPtrs& s, Vqc8u* const* drow, int32_t x0, int32_t n) {
-    const Vqc8u* __restrict r = s.a;
-    const Vqc8u* __restrict g = s.b;
-    const Vqc8u* __restrict b = s.c;
-    Vqc8u* __restrict y = drow[0] + x0;
-    if constexpr (NOut == 1) {
-        for (int32_t x = 0; x < n; ++x) y[x] = Arith::y(r[x], g[x], b[x]);
-    } else {
-        Vqc8u* __restrict cb = drow[1] + x0;
-        Vqc8u* __restrict cr = drow[2] + x0;
-        for (int32_t x = 0; x < n; ++x) {
-            y[x] = Arith::y(r[x], g[x], b[x]);
+[[gnu::noinline]] void ownFwdKernel(const Vqc8u* __restrict r, const Vqc8u* __restrict g, const Vqc8u* __restrict b,
+                         Vqc8u* __restrict y, Vqc8u* __restrict cb, Vqc8u* __restrict cr, int32_t n) {
+    for (int32_t x = 0; x < n; ++x) {
+        y[x] = Arith::y(r[x], g[x], b[x]);
+        if constexpr (NOut > 1) {
             cb[x] = Arith::cb(r[x], g[x], b[x]);
             cr[x] = Arith::cr(r[x], g[x], b[x]);
         }
+    }
+}
+
+template <class Arith, int NOut>
+inline void ownFwdPixels(const BlockPtrs& s, Vqc8u* const* drow, int32_t x0, int32_t n) {
+    if constexpr (NOut == 1) {
+        ownFwdKernel<Arith, 1>(s.a, s.b, s.c, drow[0] + x0, nullptr, nullptr, n);
+    } else {
+        ownFwdKernel<Arith, 3>(s.a, s.b, s.c, drow[0] + x0, drow[1] + x0, drow[2] + x0, n);
         if constexpr (NOut == 4) ownCopyInk<false>(s.k, drow[3] + x0, n);
     }
 }
@@ -407,11 +421,8 @@ struct DstPacked {
 // ---- Inverse row routine -----------------------------------------------------
 
 template <class Arith>
-inline void ownInvPixels(const BlockPtrs& s, Vqc8u* __restrict r, Vqc8u* __restrict g, Vqc8u* __restrict b,
-                         int32_t n) {
-    const Vqc8u* __restrict y = s.a;
-    const Vqc8u* __restrict cb = s.b;
-    const Vqc8u* __restrict cr = s.c;
+[[gnu::noinline]] void ownInvKernel(const Vqc8u* __restrict y, const Vqc8u* __restrict cb, const Vqc8u* __restrict cr,
+                         Vqc8u* __restrict r, Vqc8u* __restrict g, Vqc8u* __restrict b, int32_t n) {
     for (int32_t x = 0; x < n; ++x) Arith::pixel(y[x], cb[x], cr[x], r[x], g[x], b[x]);
 }
 
@@ -423,9 +434,9 @@ void ownInvRow(const Vqc8u* const* srow, typename Dst::Elem* const* drow, int32_
         const int32_t n = width - x0 < kBlock ? width - x0 : kBlock;
         const BlockPtrs s = In::load(srow, x0, n, in);
         if constexpr (Dst::kInPlace) {
-            ownInvPixels<Arith>(s, drow[0] + x0, drow[1] + x0, drow[2] + x0, n);
+            ownInvKernel<Arith>(s.a, s.b, s.c, drow[0] + x0, drow[1] + x0, drow[2] + x0, n);
         } else {
-            ownInvPixels<Arith>(s, out.v[0], out.v[1], out.v[2], n);
+            ownInvKernel<Arith>(s.a, s.b, s.c, out.v[0], out.v[1], out.v[2], n);
             Dst::store(drow, x0, n, out, s.k, aval);
         }
     }
