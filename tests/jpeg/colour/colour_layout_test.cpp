@@ -41,32 +41,27 @@ struct Planes3 {
     Vqc8u* planes[4] = {p[0].data(), p[1].data(), p[2].data(), p[3].data()};
 };
 
+// The RGB and BGR three-channel and planar forms are held against the peer
+// (interop) and over every input (exhaustive); here the others.
 TEST(ColourLayout, ForwardTableMembers) {
     const Img im(1);
-    const Bytes rgb = interleave(im, {0, 1, 2}), bgr = interleave(im, {2, 1, 0}), cmyk = interleave(im, {0, 1, 2, 3});
-    Planes3 a, b, c, d, e;
-    Bytes y1(W * H), y2(W * H), y3(W * H);
+    const Bytes bgr = interleave(im, {2, 1, 0}), cmyk = interleave(im, {0, 1, 2, 3});
+    Planes3 d, e;
+    Bytes y1(W * H), y2(W * H);
     const VqciSize sz{W, H};
-    ASSERT_EQ(vqciRGBToYCbCr_JPEG_8u_C3P3R(rgb.data(), 3 * W, a.planes, W, sz), 0);
-    ASSERT_EQ(vqciBGRToYCbCr_JPEG_8u_C3P3R(bgr.data(), 3 * W, b.planes, W, sz), 0);
-    ASSERT_EQ(vqciRGBToYCbCr_JPEG_8u_P3R(im.planes, W, c.planes, W, sz), 0);
-    ASSERT_EQ(vqciRGBToY_JPEG_8u_C3C1R(rgb.data(), 3 * W, y1.data(), W, sz), 0);
-    ASSERT_EQ(vqciBGRToY_JPEG_8u_C3C1R(bgr.data(), 3 * W, y2.data(), W, sz), 0);
-    ASSERT_EQ(vqciRGBToY_JPEG_8u_P3C1R(im.planes, W, y3.data(), W, sz), 0);
+    ASSERT_EQ(vqciBGRToY_JPEG_8u_C3C1R(bgr.data(), 3 * W, y1.data(), W, sz), 0);
+    ASSERT_EQ(vqciRGBToY_JPEG_8u_P3C1R(im.planes, W, y2.data(), W, sz), 0);
     ASSERT_EQ(vqciCMYKToYCCK_JPEG_8u_C4P4R(cmyk.data(), 4 * W, d.planes, W, sz), 0);
     ASSERT_EQ(vqciCMYKToYCCK_JPEG_8u_P4R(im.planes, W, e.planes, W, sz), 0);
     for (int i = 0; i < W * H; ++i) {
-        const int r = im.at(0, i), g = im.at(1, i), bl = im.at(2, i);
-        const model::Ycc want = model::fwdTable(r, g, bl), ink = model::fwdTable(255 - r, 255 - g, 255 - bl);
-        for (const Planes3* o : {&a, &b, &c})
-            ASSERT_EQ((model::Ycc{o->p[0][i], o->p[1][i], o->p[2][i]}), want) << i;
+        const int r = im.at(0, i), g = im.at(1, i), b = im.at(2, i);
+        const model::Ycc ink = model::fwdTable(255 - r, 255 - g, 255 - b);
         for (const Planes3* o : {&d, &e}) {
             ASSERT_EQ((model::Ycc{o->p[0][i], o->p[1][i], o->p[2][i]}), ink) << i;
             ASSERT_EQ(o->p[3][i], im.at(3, i));
         }
-        ASSERT_EQ(y1[i], want.y);
-        ASSERT_EQ(y2[i], want.y);
-        ASSERT_EQ(y3[i], want.y);
+        ASSERT_EQ(y1[i], model::fwdTable(r, g, b).y);
+        ASSERT_EQ(y2[i], model::fwdTable(r, g, b).y);
     }
 }
 
@@ -155,22 +150,16 @@ model::Rgb pixelAt(const uint8_t* px, int bpp, int i, bool bgr) {
 TEST(ColourLayout, InverseFullRateMembers) {
     const Img im(5);
     const VqciSize sz{W, H};
-    Bytes rgb(3 * W * H), bgr(3 * W * H), bgra(4 * W * H), cmyk(4 * W * H);
-    Planes3 planes, inks;
-    ASSERT_EQ(vqciYCbCrToRGB_JPEG_8u_P3C3R(im.planes, W, rgb.data(), 3 * W, sz), 0);
-    ASSERT_EQ(vqciYCbCrToBGR_JPEG_8u_P3C3R(im.planes, W, bgr.data(), 3 * W, sz), 0);
+    Bytes bgra(4 * W * H), cmyk(4 * W * H);
+    Planes3 inks;
     ASSERT_EQ(vqciYCbCrToBGR_JPEG_8u_P3C4R(im.planes, W, bgra.data(), 4 * W, sz, 0x3C), 0);
-    ASSERT_EQ(vqciYCbCrToRGB_JPEG_8u_P3R(im.planes, W, planes.planes, W, sz), 0);
     ASSERT_EQ(vqciYCCKToCMYK_JPEG_8u_P4C4R(im.planes, W, cmyk.data(), 4 * W, sz), 0);
     ASSERT_EQ(vqciYCCKToCMYK_JPEG_8u_P4R(im.planes, W, inks.planes, W, sz), 0);
     for (int i = 0; i < W * H; ++i) {
         const model::Rgb want = model::invTable(im.at(0, i), im.at(1, i), im.at(2, i));
         const model::Rgb ink{uint8_t(255 - want.r), uint8_t(255 - want.g), uint8_t(255 - want.b)};
-        ASSERT_EQ(pixelAt(rgb.data(), 3, i, false), want) << i;
-        ASSERT_EQ(pixelAt(bgr.data(), 3, i, true), want) << i;
         ASSERT_EQ(pixelAt(bgra.data(), 4, i, true), model::invMul(im.at(0, i), im.at(1, i), im.at(2, i))) << i;
         ASSERT_EQ(bgra[4 * i + 3], 0x3C);
-        ASSERT_EQ((model::Rgb{planes.p[0][i], planes.p[1][i], planes.p[2][i]}), want) << i;
         ASSERT_EQ(pixelAt(cmyk.data(), 4, i, false), ink) << i;
         ASSERT_EQ((model::Rgb{inks.p[0][i], inks.p[1][i], inks.p[2][i]}), ink) << i;
         ASSERT_EQ(cmyk[4 * i + 3], im.at(3, i));
