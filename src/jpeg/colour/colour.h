@@ -12,6 +12,7 @@
 
 #include <cstdint>
 
+#include "frame/check.h"
 #include "frame/parallel.h"
 #include "frame/rows.h"
 #include "frame/wrap.h"
@@ -442,7 +443,15 @@ void ownInvRow(const Vqc8u* const* srow, typename Dst::Elem* const* drow, int32_
     }
 }
 
-// ---- Drivers -----------------------------------------------------------------
+// ---- Checks and drivers -----------------------------------------------------------------
+
+// Planes to planes (P3R, P4R): pSrc, pDst, every source plane, every
+// destination plane, srcStep, dstStep, width, height.
+template <int N>
+VqcStatus ownCheckPlanes(const Vqc8u* const* pSrc, int32_t srcStep, Vqc8u* const* pDst, int32_t dstStep,
+                         VqciSize roiSize) {
+    return Check().ptr(pSrc).ptr(pDst).elems(pSrc, N).elems(pDst, N).step(srcStep).step(dstStep).roi(roiSize);
+}
 
 // row(r) for every r in [0, height): through the row-parallel frame for its
 // members, else on the caller's thread. The row routine is the same either way.

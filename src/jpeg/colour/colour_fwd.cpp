@@ -79,9 +79,7 @@ VQCJ_API VqcStatus vqciBGRToYCbCr_JPEG_8u_C4P3R(const Vqc8u* pSrc, int32_t srcSt
 
 VQCJ_API VqcStatus vqciRGBToYCbCr_JPEG_8u_P3R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc8u* const pDst[3],
                                                int32_t dstStep, VqciSize roiSize) {
-    if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).elems(pSrc, 3).elems(pDst, 3).step(srcStep).step(dstStep).roi(
-            roiSize))
-        return st;
+    if (VqcStatus st = ownCheckPlanes<3>(pSrc, srcStep, pDst, dstStep, roiSize)) return st;
     ownFwdImage<true, SrcPlanes<>, FwdTable, 3>(ownPlanes<const Vqc8u, 3>(pSrc, srcStep),
                                                 ownPlanes<Vqc8u, 3>(pDst, dstStep), roiSize);
     return vqcStatusOk;

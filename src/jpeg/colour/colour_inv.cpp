@@ -70,9 +70,7 @@ VQCJ_API VqcStatus vqciYCbCrToBGR_JPEG_8u_P3C4R(const Vqc8u* const pSrc[3], int3
 
 VQCJ_API VqcStatus vqciYCbCrToRGB_JPEG_8u_P3R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc8u* const pDst[3],
                                                int32_t dstStep, VqciSize roiSize) {
-    if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).elems(pSrc, 3).elems(pDst, 3).step(srcStep).step(dstStep).roi(
-            roiSize))
-        return st;
+    if (VqcStatus st = ownCheckPlanes<3>(pSrc, srcStep, pDst, dstStep, roiSize)) return st;
     ownInvImage<true, InPlanes<3>, InvTable, DstPlanes<>>(ownPlanes<const Vqc8u, 3>(pSrc, srcStep),
                                                           ownPlanes<Vqc8u, 3>(pDst, dstStep), roiSize, roiSize.width);
     return vqcStatusOk;
