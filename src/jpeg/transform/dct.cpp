@@ -1,5 +1,7 @@
 #include "dct.h"
 
+#include <cstring>
+
 #include "frame/check.h"
 #include "frame/rows.h"
 #include "frame/wrap.h"
@@ -14,14 +16,16 @@ namespace {
 // vectorised: the lanes are rows or columns, and with columns every load and
 // store is contiguous. Storing narrows to the output type, which for 16-bit
 // blocks is the plain truncation the fixed-point passes ask for.
-template <bool Rows, class W, class In, class Out, class Line>
+template <bool Rows, class X, class Y, class In, class Out, class Line>
 inline void eachLine(const In* in, Out* out, Line line) {
     constexpr int lane = Rows ? 8 : 1, elem = Rows ? 1 : 8;
-    W x[8][8], y[8][8];  // [element][lane]
+    X x[8][8];  // [element][lane]
+    Y y[8][8];
     for (int l = 0; l < 8; ++l)
-        for (int k = 0; k < 8; ++k) x[k][l] = static_cast<W>(in[l * lane + k * elem]);
+        for (int k = 0; k < 8; ++k) x[k][l] = static_cast<X>(in[l * lane + k * elem]);
     for (int l = 0; l < 8; ++l) {
-        W xl[8], yl[8];
+        X xl[8];
+        Y yl[8];
         for (int k = 0; k < 8; ++k) xl[k] = x[k][l];
         line(xl, yl);
         for (int k = 0; k < 8; ++k) y[k][l] = yl[k];
@@ -65,21 +69,30 @@ inline void fwdLine16s(const int32_t* x, int32_t* y) {
     }
 }
 
+// Product of a 16-bit input and a constant that fits in 16 bits: exact in
+// 32 bits, and the form the vectoriser turns into 16-bit multiplies.
+inline int32_t mul16(Vqc16s x, int32_t c) { return static_cast<int32_t>(x) * c; }
+
 // Inverse butterfly; the first (column) pass keeps 3 more bits than the
 // samples, the second (row) pass drops them with the rest of the scale.
+// Products are regrouped so that each multiplies one 16-bit input by a
+// 16-bit constant: 27246 (i5 + i3) - 9041 i5 is 18205 i5 + 27246 i3, and
+// -60547 i6 is 4989 i6 - 65536 i6. Arithmetic modulo 2^32 is a ring, so the
+// regrouped sums wrap to exactly the same 32-bit values.
 template <bool ColPass>
-inline void invLine16s(const int32_t* i, int32_t* y) {
-    const int32_t k35 = mulW(27246, addW(i[5], i[3]));
-    const int32_t A = subW(k35, mulW(9041, i[5])), B = subW(k35, mulW(45451, i[3]));
-    const int32_t k17 = mulW(6393, addW(i[1], i[7]));
-    const int32_t C = addW(k17, mulW(25746, i[1])), D = subW(k17, mulW(38531, i[7]));
+inline void invLine16s(const Vqc16s* i, int32_t* y) {
+    const int32_t A = addW(mul16(i[5], 18205), mul16(i[3], 27246));
+    const int32_t B = subW(mul16(i[5], 27246), mul16(i[3], 18205));
+    const int32_t C = addW(mul16(i[1], 32139), mul16(i[7], 6393));
+    const int32_t D = subW(mul16(i[1], 6393), mul16(i[7], 32138));
     const int32_t E = subW(C, A), F = subW(D, B), H = addW(E, F), J = subW(E, F);
     const int32_t G = mulW(addW(addW(A, C), 2048) >> 12, 5793);
     const int32_t I = mulW(addW(addW(B, D), 2048) >> 12, 5793);
 
     const int32_t T = shlW(i[0], 15), P = shlW(i[4], 15);
-    const int32_t Q = mulW(17734, addW(i[2], i[6]));
-    const int32_t R = addW(mulW(25080, i[2]), Q), S = subW(Q, mulW(60547, i[6]));
+    const int32_t Q = addW(mul16(i[2], 17734), mul16(i[6], 17734));
+    const int32_t R = addW(mul16(i[2], 25080), Q);
+    const int32_t S = subW(addW(Q, mul16(i[6], 4989)), shlW(i[6], 16));
     const int32_t tp = addW(T, P), tm = subW(T, P);
     const int32_t U = addW(tp, R), V = subW(tp, R), W = addW(tm, S), X = subW(tm, S);
 
@@ -127,24 +140,28 @@ inline void invLine32f(const float* a, float* t) {
 VqcStatus ownDCT8x8Fwd16s(const Vqc16s* pSrc, Vqc16s* pDst) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst)) return st;
     alignas(32) Vqc16s rows[64];
-    eachLine<true, int32_t>(pSrc, rows, fwdLine16s<true>);
-    eachLine<false, int32_t>(rows, pDst, fwdLine16s<false>);
+    eachLine<true, int32_t, int32_t>(pSrc, rows, fwdLine16s<true>);
+    eachLine<false, int32_t, int32_t>(rows, pDst, fwdLine16s<false>);
     return vqcStatusOk;
 }
 
 void ownDCT8x8Inv16s(const Vqc16s* pSrc, Vqc16s* pDst) {
     alignas(32) Vqc16s cols[64];
-    eachLine<false, int32_t>(pSrc, cols, invLine16s<true>);
-    eachLine<true, int32_t>(cols, pDst, invLine16s<false>);
+    eachLine<false, Vqc16s, int32_t>(pSrc, cols, invLine16s<true>);
+    eachLine<true, Vqc16s, int32_t>(cols, pDst, invLine16s<false>);
 }
 
 void ownDCT8x8InvLS16s8u(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep) {
     alignas(32) Vqc16s block[64];
     ownDCT8x8Inv16s(pSrc, block);
-    for (int32_t r = 0; r < 8; ++r) {
-        Vqc8u* __restrict d = rowAt(pDst, dstStep, r);
-        for (int32_t c = 0; c < 8; ++c) d[c] = sat8u(block[r * 8 + c] + 128);
+    // Clamping to -128..127 in 16 bits is the same saturation as adding 128
+    // on 32 bits and limiting to 0..255, and it keeps eight lanes a vector.
+    alignas(16) Vqc8u px[64];
+    for (int32_t i = 0; i < 64; ++i) {
+        const Vqc16s v = block[i] < -128 ? Vqc16s{-128} : (block[i] > 127 ? Vqc16s{127} : block[i]);
+        px[i] = static_cast<Vqc8u>(v + 128);
     }
+    for (int32_t r = 0; r < 8; ++r) std::memcpy(rowAt(pDst, dstStep, r), px + 8 * r, 8);
 }
 
 VqcStatus ownDCT8x8Fwd32f(Vqc32f* z) {
@@ -161,16 +178,16 @@ VqcStatus ownDCT8x8Fwd32f(Vqc32f* z) {
             top[7 - c] = d1 + d2, bot[7 - c] = d1 - d2;
         }
     }
-    eachLine<false, float>(z, z, fwdLine32f);
-    eachLine<true, float>(z, z, fwdLine32f);
+    eachLine<false, float, float>(z, z, [](const float* a, float* b) { fwdLine32f(a, b); });
+    eachLine<true, float, float>(z, z, [](const float* a, float* b) { fwdLine32f(a, b); });
     for (int i = 0; i < 64; ++i) z[i] *= ownDctFwdScale32f[i];
     return vqcStatusOk;
 }
 
 void ownDCT8x8Inv32f(Vqc32f* z) {
     for (int i = 0; i < 64; ++i) z[i] *= ownDctInvScale32f[i];
-    eachLine<true, float>(z, z, invLine32f);
-    eachLine<false, float>(z, z, invLine32f);
+    eachLine<true, float, float>(z, z, [](const float* a, float* b) { invLine32f(a, b); });
+    eachLine<false, float, float>(z, z, [](const float* a, float* b) { invLine32f(a, b); });
     // The output butterfly along both directions at once: y_k and y_(7-k)
     // come from t_a and t_b with these pairs; the sums within a row first.
     constexpr int pa[4] = {0, 6, 2, 4}, pb[4] = {7, 1, 5, 3};

@@ -42,13 +42,11 @@ VQCJ_API VqcStatus vqciDCTQuantFwd8x8LS_JPEG_8u16s_C1R(const Vqc8u* pSrc, int32_
 VQCJ_API VqcStatus vqciDCTQuantFwd8x8LS_JPEG_16u16s_C1R(const Vqc16u* pSrc, int32_t srcStep, Vqc16s* pDst,
                                                          const Vqc32f* pQuantFwdTable) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).step(srcStep).ptr(pQuantFwdTable)) return st;
+    // The step is in bytes and need not keep 16-bit alignment.
+    Vqc16u px[64];
+    for (int32_t r = 0; r < 8; ++r) std::memcpy(px + 8 * r, rowAt(pSrc, srcStep, r), 16);
     alignas(32) Vqc32f block[64];
-    for (int32_t r = 0; r < 8; ++r) {
-        // The step is in bytes and need not keep 16-bit alignment.
-        Vqc16u row[8];
-        std::memcpy(row, rowAt(pSrc, srcStep, r), sizeof row);
-        for (int32_t c = 0; c < 8; ++c) block[r * 8 + c] = static_cast<Vqc32f>(row[c]);
-    }
+    for (int32_t i = 0; i < 64; ++i) block[i] = static_cast<Vqc32f>(px[i]);
     for (int32_t i = 0; i < 64; ++i) block[i] -= 2048.0f;
     ownDCT8x8Fwd32f(block);
     for (int32_t i = 0; i < 64; ++i) {
@@ -87,16 +85,13 @@ VQCJ_API VqcStatus vqciDCTQuantInv8x8LS_JPEG_16s16u_C1R(const Vqc16s* pSrc, Vqc1
     alignas(32) Vqc32f block[64];
     for (int32_t i = 0; i < 64; ++i) block[i] = static_cast<Vqc32f>(pSrc[i]) * pQuantInvTable[i];
     ownDCT8x8Inv32f(block);
-    for (int32_t r = 0; r < 8; ++r) {
-        // Rounded to 16 bits first, then limited to 12; the step is in bytes.
-        Vqc16u row[8];
-        for (int32_t c = 0; c < 8; ++c) {
-            const float v = roundEven(clampf(block[r * 8 + c] + 2048.0f, 0.0f, 65535.0f));
-            const int32_t s = static_cast<int32_t>(v);
-            row[c] = static_cast<Vqc16u>(s > 4095 ? 4095 : s);
-        }
-        std::memcpy(rowAt(pDst, dstStep, r), row, sizeof row);
+    // Rounded to 16 bits first, then limited to 12; the step is in bytes.
+    Vqc16u px[64];
+    for (int32_t i = 0; i < 64; ++i) {
+        const int32_t v = static_cast<int32_t>(roundEven(clampf(block[i] + 2048.0f, 0.0f, 65535.0f)));
+        px[i] = static_cast<Vqc16u>(v > 4095 ? 4095 : v);
     }
+    for (int32_t r = 0; r < 8; ++r) std::memcpy(rowAt(pDst, dstStep, r), px + 8 * r, 16);
     return vqcStatusOk;
 }
 

@@ -64,8 +64,15 @@ VqcStatus ownMulScale16u16s(const Vqc16u* pTable, const Vqc16s* pSrc, Vqc16s* pD
 
 VqcStatus ownMulSat16sTo(const Vqc16s* pSrc, const Vqc16u* pTable, Vqc16s* pDst, int32_t len) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pTable).ptr(pDst).size(len)) return st;
-    for (int32_t i = 0; i < len; ++i)
-        pDst[i] = sat16s(static_cast<int32_t>(static_cast<Vqc16s>(pTable[i])) * pSrc[i]);
+    for (int32_t i = 0; i < len; ++i) {
+        // Saturation by the halves of the product: it fits in 16 bits when
+        // the high half is the sign extension of the low one. This form stays
+        // in 16-bit lanes (a low and a high multiply) when vectorised.
+        const int32_t p = static_cast<int32_t>(static_cast<Vqc16s>(pTable[i])) * pSrc[i];
+        const Vqc16s lo = static_cast<Vqc16s>(p), hi = static_cast<Vqc16s>(p >> 16);
+        const Vqc16s sat = static_cast<Vqc16s>((hi >> 15) ^ 0x7FFF);
+        pDst[i] = hi == static_cast<Vqc16s>(lo >> 15) ? lo : sat;
+    }
     return vqcStatusOk;
 }
 
