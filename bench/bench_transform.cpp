@@ -12,6 +12,8 @@
 #include <cstring>
 #include <vector>
 
+#include "jpeg/transform/quant.h"
+
 #ifdef VQCJ_HAVE_PEERS
 #include <cstdio>
 
@@ -47,6 +49,7 @@ struct Data {
     std::array<Vqc16u, 64> fwdTable{}, invTable{};
     std::array<Vqc32f, 64> fwdTable32f{}, invTable32f{};
     std::array<unsigned, 64> divisors{};  // natural order
+    std::array<int, 64> divisors8{};      // the same, times the scale of libjpeg's DCT output
 
     Data() {
 #ifdef VQCJ_HAVE_PEERS
@@ -67,13 +70,13 @@ struct Data {
         // Quality 75 luminance table in the library's three forms, and the
         // same divisors for the peer.
         std::array<Vqc8u, 64> raw{};
-        const auto zz = zigzagPos();
-        for (int i = 0; i < 64; ++i) raw[zz[i]] = static_cast<Vqc8u>(kLuminance[i]);
+        for (int i = 0; i < 64; ++i) raw[vqcj::ownZigzagPos[i]] = static_cast<Vqc8u>(kLuminance[i]);
         vqciQuantFwdRawTableInit_JPEG_8u(raw.data(), 75);
         vqciQuantFwdTableInit_JPEG_8u16u(raw.data(), fwdTable.data());
         vqciQuantInvTableInit_JPEG_8u16u(raw.data(), invTable.data());
         for (int i = 0; i < 64; ++i) {
             divisors[i] = invTable[i];
+            divisors8[i] = 8 * invTable[i];
             fwdTable32f[i] = 1.0f / invTable[i];
             invTable32f[i] = static_cast<float>(invTable[i]);
         }
@@ -94,19 +97,6 @@ struct Data {
     const Vqc16u* block12(int b) const {
         return plane12.data() + size_t{kSide} * 8 * (b / (kSide / 8)) + 8 * (b % (kSide / 8));
     }
-
-    static std::array<int, 64> zigzagPos() {
-        std::array<int, 64> pos{};
-        int k = 0;
-        for (int s = 0; s < 15; ++s) {
-            const int lo = s < 8 ? 0 : s - 7, hi = s < 8 ? s : 7;
-            for (int i = 0; i <= hi - lo; ++i) {
-                const int r = s % 2 == 0 ? hi - i : lo + i;
-                pos[r * 8 + s - r] = k++;
-            }
-        }
-        return pos;
-    }
 };
 
 const Data& data() {
@@ -114,122 +104,101 @@ const Data& data() {
     return d;
 }
 
-void finish(benchmark::State& state) {
+// Runs op(data, block index) on the blocks in turn, one block an iteration.
+template <class Op>
+void runBlocks(benchmark::State& state, Op op) {
+    const Data& d = data();
+    int b = 0;
+    for (auto _ : state) {
+        op(d, b);
+        b = (b + 1) % kBlocks;
+    }
     state.SetItemsProcessed(state.iterations());  // blocks
     state.SetBytesProcessed(state.iterations() * 64);
 }
 
-// ---- Forward -----------------------------------------------------------------
+const Vqc16s* centred(const Data& d, int b) { return &d.centred[size_t{64} * b]; }
+const Vqc16s* coef(const Data& d, int b) { return &d.coef[size_t{64} * b]; }
+
+// Output scratch; the in-place forms get a fresh copy of their block.
+alignas(16) Vqc16s out16s[64];
+alignas(16) Vqc16u out16u[64];
+alignas(16) Vqc8u out8u[64];
+
+void fresh(const Vqc16s* block) { std::memcpy(out16s, block, sizeof out16s); }
 
 void BM_FwdLS_8u16s(benchmark::State& state) {
-    const Data& d = data();
-    alignas(16) Vqc16s out[64];
-    int b = 0;
-    for (auto _ : state) {
-        vqciDCTQuantFwd8x8LS_JPEG_8u16s_C1R(d.block(b), kSide, out, d.fwdTable.data());
-        benchmark::DoNotOptimize(out);
-        b = (b + 1) % kBlocks;
-    }
-    finish(state);
+    runBlocks(state, [](const Data& d, int b) {
+        vqciDCTQuantFwd8x8LS_JPEG_8u16s_C1R(d.block(b), kSide, out16s, d.fwdTable.data());
+        benchmark::DoNotOptimize(out16s);
+    });
 }
 
 void BM_FwdLS_16u16s(benchmark::State& state) {
-    const Data& d = data();
-    alignas(16) Vqc16s out[64];
-    int b = 0;
-    for (auto _ : state) {
-        vqciDCTQuantFwd8x8LS_JPEG_16u16s_C1R(d.block12(b), 2 * kSide, out, d.fwdTable32f.data());
-        benchmark::DoNotOptimize(out);
-        b = (b + 1) % kBlocks;
-    }
-    finish(state);
+    runBlocks(state, [](const Data& d, int b) {
+        vqciDCTQuantFwd8x8LS_JPEG_16u16s_C1R(d.block12(b), 2 * kSide, out16s, d.fwdTable32f.data());
+        benchmark::DoNotOptimize(out16s);
+    });
 }
 
 void BM_Fwd_16s_C1(benchmark::State& state) {
-    const Data& d = data();
-    alignas(16) Vqc16s out[64];
-    int b = 0;
-    for (auto _ : state) {
-        vqciDCTQuantFwd8x8_JPEG_16s_C1(&d.centred[size_t{64} * b], out, d.fwdTable.data());
-        benchmark::DoNotOptimize(out);
-        b = (b + 1) % kBlocks;
-    }
-    finish(state);
+    runBlocks(state, [](const Data& d, int b) {
+        vqciDCTQuantFwd8x8_JPEG_16s_C1(centred(d, b), out16s, d.fwdTable.data());
+        benchmark::DoNotOptimize(out16s);
+    });
 }
 
-// The in-place forms get a fresh copy of the block each time.
-template <bool Forward>
-void BM_InPlace(benchmark::State& state) {
-    const Data& d = data();
-    const auto& blocks = Forward ? d.centred : d.coef;
-    alignas(16) Vqc16s buf[64];
-    int b = 0;
-    for (auto _ : state) {
-        std::memcpy(buf, &blocks[size_t{64} * b], sizeof buf);
-        if (Forward)
-            vqciDCTQuantFwd8x8_JPEG_16s_C1I(buf, d.fwdTable.data());
-        else
-            vqciDCTQuantInv8x8_JPEG_16s_C1I(buf, d.invTable.data());
-        benchmark::DoNotOptimize(buf);
-        b = (b + 1) % kBlocks;
-    }
-    finish(state);
+void BM_Fwd_16s_C1I(benchmark::State& state) {
+    runBlocks(state, [](const Data& d, int b) {
+        fresh(centred(d, b));
+        vqciDCTQuantFwd8x8_JPEG_16s_C1I(out16s, d.fwdTable.data());
+        benchmark::DoNotOptimize(out16s);
+    });
 }
 
-template <bool Forward>
-void BM_Quant(benchmark::State& state) {
-    const Data& d = data();
-    const auto& blocks = Forward ? d.centred : d.coef;
-    alignas(16) Vqc16s buf[64];
-    int b = 0;
-    for (auto _ : state) {
-        std::memcpy(buf, &blocks[size_t{64} * b], sizeof buf);
-        if (Forward)
-            vqciQuantFwd8x8_JPEG_16s_C1I(buf, d.fwdTable.data());
-        else
-            vqciQuantInv8x8_JPEG_16s_C1I(buf, d.invTable.data());
-        benchmark::DoNotOptimize(buf);
-        b = (b + 1) % kBlocks;
-    }
-    finish(state);
+void BM_QuantFwd(benchmark::State& state) {
+    runBlocks(state, [](const Data& d, int b) {
+        fresh(centred(d, b));
+        vqciQuantFwd8x8_JPEG_16s_C1I(out16s, d.fwdTable.data());
+        benchmark::DoNotOptimize(out16s);
+    });
 }
-
-// ---- Inverse -----------------------------------------------------------------
 
 void BM_InvLS_16s8u(benchmark::State& state) {
-    const Data& d = data();
-    alignas(16) Vqc8u out[64];
-    int b = 0;
-    for (auto _ : state) {
-        vqciDCTQuantInv8x8LS_JPEG_16s8u_C1R(&d.coef[size_t{64} * b], out, 8, d.invTable.data());
-        benchmark::DoNotOptimize(out);
-        b = (b + 1) % kBlocks;
-    }
-    finish(state);
+    runBlocks(state, [](const Data& d, int b) {
+        vqciDCTQuantInv8x8LS_JPEG_16s8u_C1R(coef(d, b), out8u, 8, d.invTable.data());
+        benchmark::DoNotOptimize(out8u);
+    });
 }
 
 void BM_InvLS_16s16u(benchmark::State& state) {
-    const Data& d = data();
-    alignas(16) Vqc16u out[64];
-    int b = 0;
-    for (auto _ : state) {
-        vqciDCTQuantInv8x8LS_JPEG_16s16u_C1R(&d.coef[size_t{64} * b], out, 16, d.invTable32f.data());
-        benchmark::DoNotOptimize(out);
-        b = (b + 1) % kBlocks;
-    }
-    finish(state);
+    runBlocks(state, [](const Data& d, int b) {
+        vqciDCTQuantInv8x8LS_JPEG_16s16u_C1R(coef(d, b), out16u, 16, d.invTable32f.data());
+        benchmark::DoNotOptimize(out16u);
+    });
 }
 
 void BM_Inv_16s_C1(benchmark::State& state) {
-    const Data& d = data();
-    alignas(16) Vqc16s out[64];
-    int b = 0;
-    for (auto _ : state) {
-        vqciDCTQuantInv8x8_JPEG_16s_C1(&d.coef[size_t{64} * b], out, d.invTable.data());
-        benchmark::DoNotOptimize(out);
-        b = (b + 1) % kBlocks;
-    }
-    finish(state);
+    runBlocks(state, [](const Data& d, int b) {
+        vqciDCTQuantInv8x8_JPEG_16s_C1(coef(d, b), out16s, d.invTable.data());
+        benchmark::DoNotOptimize(out16s);
+    });
+}
+
+void BM_Inv_16s_C1I(benchmark::State& state) {
+    runBlocks(state, [](const Data& d, int b) {
+        fresh(coef(d, b));
+        vqciDCTQuantInv8x8_JPEG_16s_C1I(out16s, d.invTable.data());
+        benchmark::DoNotOptimize(out16s);
+    });
+}
+
+void BM_QuantInv(benchmark::State& state) {
+    runBlocks(state, [](const Data& d, int b) {
+        fresh(coef(d, b));
+        vqciQuantInv8x8_JPEG_16s_C1I(out16s, d.invTable.data());
+        benchmark::DoNotOptimize(out16s);
+    });
 }
 
 #ifdef VQCJ_HAVE_PEERS
@@ -237,19 +206,14 @@ void BM_Inv_16s_C1(benchmark::State& state) {
 // Sample loading with the level shift, the islow DCT, and the quantisation
 // of libjpeg's classic forward_DCT: a rounding division by 8 * divisor.
 void BM_PeerFwd(benchmark::State& state) {
-    const Data& d = data();
-    std::array<int, 64> div8;
-    for (int i = 0; i < 64; ++i) div8[i] = static_cast<int>(d.divisors[i]) * 8;
-    alignas(16) short work[64];
-    alignas(16) JCOEF out[64];
-    int b = 0;
-    for (auto _ : state) {
+    runBlocks(state, [](const Data& d, int b) {
+        alignas(16) short work[64];
         const Vqc8u* src = d.block(b);
         for (int r = 0; r < 8; ++r)
             for (int c = 0; c < 8; ++c) work[r * 8 + c] = static_cast<short>(src[r * kSide + c] - 128);
         jpeg_fdct_islow(work);
         for (int i = 0; i < 64; ++i) {
-            const int q = div8[i];
+            const int q = d.divisors8[i];
             int t = work[i];
             if (t < 0) {
                 t = -t + (q >> 1);
@@ -259,12 +223,10 @@ void BM_PeerFwd(benchmark::State& state) {
                 t += q >> 1;
                 t = t >= q ? t / q : 0;
             }
-            out[i] = static_cast<JCOEF>(t);
+            out16s[i] = static_cast<JCOEF>(t);
         }
-        benchmark::DoNotOptimize(out);
-        b = (b + 1) % kBlocks;
-    }
-    finish(state);
+        benchmark::DoNotOptimize(out16s);
+    });
 }
 
 // The decompressor state jpeg_idct_islow reads: the range-limit table as
@@ -289,18 +251,13 @@ struct PeerIdct {
 };
 
 void BM_PeerInv(benchmark::State& state) {
-    const Data& d = data();
-    PeerIdct peer(d.divisors);
-    alignas(16) JSAMPLE out[64];
-    JSAMPROW rows[8];
-    for (int r = 0; r < 8; ++r) rows[r] = out + 8 * r;
-    int b = 0;
-    for (auto _ : state) {
-        jpeg_idct_islow(&peer.cinfo, &peer.comp, const_cast<JCOEF*>(&d.coef[size_t{64} * b]), rows, 0);
-        benchmark::DoNotOptimize(out);
-        b = (b + 1) % kBlocks;
-    }
-    finish(state);
+    static PeerIdct peer(data().divisors);
+    static JSAMPROW rows[8];
+    for (int r = 0; r < 8; ++r) rows[r] = out8u + 8 * r;
+    runBlocks(state, [](const Data& d, int b) {
+        jpeg_idct_islow(&peer.cinfo, &peer.comp, const_cast<JCOEF*>(coef(d, b)), rows, 0);
+        benchmark::DoNotOptimize(out8u);
+    });
 }
 
 #endif
@@ -312,17 +269,17 @@ BENCHMARK(BM_FwdLS_8u16s)->Name("Fwd/DCTQuantFwd8x8LS_8u16s/vqcj");
 BENCHMARK(BM_PeerFwd)->Name("Fwd/DCTQuantFwd8x8LS_8u16s/libjpeg_fdct_islow+divide");
 #endif
 BENCHMARK(BM_Fwd_16s_C1)->Name("Fwd/DCTQuantFwd8x8_16s_C1/vqcj");
-BENCHMARK(BM_InPlace<true>)->Name("Fwd/DCTQuantFwd8x8_16s_C1I/vqcj");
+BENCHMARK(BM_Fwd_16s_C1I)->Name("Fwd/DCTQuantFwd8x8_16s_C1I/vqcj");
 BENCHMARK(BM_FwdLS_16u16s)->Name("Fwd/DCTQuantFwd8x8LS_16u16s_float/vqcj");
-BENCHMARK(BM_Quant<true>)->Name("Fwd/QuantFwd8x8_16s_C1I/vqcj");
+BENCHMARK(BM_QuantFwd)->Name("Fwd/QuantFwd8x8_16s_C1I/vqcj");
 
 BENCHMARK(BM_InvLS_16s8u)->Name("Inv/DCTQuantInv8x8LS_16s8u/vqcj");
 #ifdef VQCJ_HAVE_PEERS
 BENCHMARK(BM_PeerInv)->Name("Inv/DCTQuantInv8x8LS_16s8u/libjpeg_idct_islow");
 #endif
 BENCHMARK(BM_Inv_16s_C1)->Name("Inv/DCTQuantInv8x8_16s_C1/vqcj");
-BENCHMARK(BM_InPlace<false>)->Name("Inv/DCTQuantInv8x8_16s_C1I/vqcj");
+BENCHMARK(BM_Inv_16s_C1I)->Name("Inv/DCTQuantInv8x8_16s_C1I/vqcj");
 BENCHMARK(BM_InvLS_16s16u)->Name("Inv/DCTQuantInv8x8LS_16s16u_float/vqcj");
-BENCHMARK(BM_Quant<false>)->Name("Inv/QuantInv8x8_16s_C1I/vqcj");
+BENCHMARK(BM_QuantInv)->Name("Inv/QuantInv8x8_16s_C1I/vqcj");
 
 BENCHMARK_MAIN();
