@@ -36,11 +36,17 @@ inline void eachLine(const In* in, Out* out, Line line) {
 
 // ---- Fixed point -----------------------------------------------------------
 
+// Product of a 16-bit input and a constant that fits in 16 bits: exact in
+// 32 bits, and the form the vectoriser turns into 16-bit multiplies.
+inline int32_t mul16(Vqc16s x, int32_t c) { return static_cast<int32_t>(x) * c; }
+
 // Forward butterfly. The row pass leaves its results eight times the
 // orthonormal scale (times 8 for the even terms 0 and 4, 12 fraction bits
 // dropped for the others); the column pass removes the remaining scale.
+// 46341 (x3 - x4) is taken as 65536 (x3 - x4) - 19195 x3 + 19195 x4, which
+// wraps to the same 32 bits and multiplies 16-bit inputs only.
 template <bool RowPass>
-inline void fwdLine16s(const int32_t* x, int32_t* y) {
+inline void fwdLine16s(const Vqc16s* x, int32_t* y) {
     const int32_t s07 = addW(x[0], x[7]), s16 = addW(x[1], x[6]);
     const int32_t s25 = addW(x[2], x[5]), s34 = addW(x[3], x[4]);
     const int32_t a = addW(s07, s34), b = subW(s07, s34);
@@ -50,8 +56,11 @@ inline void fwdLine16s(const int32_t* x, int32_t* y) {
     const int32_t e2 = addW(mulW(25080, b), m), e6 = subW(m, mulW(60547, d));
 
     const int32_t p = shlW(subW(x[1], x[6]), 3), q = shlW(subW(x[2], x[5]), 3);
-    const int32_t s = addW(mulW(46341, subW(x[3], x[4])), 2048) >> 12;
-    const int32_t t = addW(mulW(46341, subW(x[0], x[7])), 2048) >> 12;
+    const auto k46341 = [](Vqc16s hi, Vqc16s lo) {
+        return addW(subW(shlW(subW(hi, lo), 16), mul16(hi, 19195)), mul16(lo, 19195));
+    };
+    const int32_t s = addW(k46341(x[3], x[4]), 2048) >> 12;
+    const int32_t t = addW(k46341(x[0], x[7]), 2048) >> 12;
     const int32_t pq = addW(p, q), pmq = subW(p, q);
     const int32_t u = addW(pq, t), v = addW(pmq, s), w = subW(t, pq), z = subW(s, pmq);
     const int32_t n1 = mulW(799, addW(u, v)), n2 = mulW(3406, addW(w, z));
@@ -68,10 +77,6 @@ inline void fwdLine16s(const int32_t* x, int32_t* y) {
         y[1] = odd(o1), y[2] = odd(e2), y[3] = odd(o3), y[5] = odd(o5), y[6] = odd(e6), y[7] = odd(o7);
     }
 }
-
-// Product of a 16-bit input and a constant that fits in 16 bits: exact in
-// 32 bits, and the form the vectoriser turns into 16-bit multiplies.
-inline int32_t mul16(Vqc16s x, int32_t c) { return static_cast<int32_t>(x) * c; }
 
 // Inverse butterfly; the first (column) pass keeps 3 more bits than the
 // samples, the second (row) pass drops them with the rest of the scale.
@@ -135,13 +140,34 @@ inline void invLine32f(const float* a, float* t) {
     t[3] = d53 + 0.41421357f * d17 - t[5];
 }
 
+// First butterfly of the forward transform, in place along one line: sums
+// at 0..3, differences z[k] - z[7-k] at 7-k.
+inline void fwdSplit32f(const float* z, float* out) {
+    for (int k = 0; k < 4; ++k) out[k] = z[k] + z[7 - k], out[7 - k] = z[k] - z[7 - k];
+}
+
+// Output butterfly of the inverse transform along one line.
+inline void invJoin32f(const float* t, float* y) {
+    y[0] = t[0] + t[7], y[7] = t[0] - t[7];
+    y[1] = t[6] + t[1], y[6] = t[6] - t[1];
+    y[2] = t[2] + t[5], y[5] = t[2] - t[5];
+    y[3] = t[4] + t[3], y[4] = t[4] - t[3];
+}
+
+// Runs a float line function over the rows, then over the columns.
+template <class Line>
+inline void rowsThenColumns32f(float* z, Line line) {
+    eachLine<true, float, float>(z, z, line);
+    eachLine<false, float, float>(z, z, line);
+}
+
 }  // namespace
 
 VqcStatus ownDCT8x8Fwd16s(const Vqc16s* pSrc, Vqc16s* pDst) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst)) return st;
     alignas(32) Vqc16s rows[64];
-    eachLine<true, int32_t, int32_t>(pSrc, rows, fwdLine16s<true>);
-    eachLine<false, int32_t, int32_t>(rows, pDst, fwdLine16s<false>);
+    eachLine<true, Vqc16s, int32_t>(pSrc, rows, fwdLine16s<true>);
+    eachLine<false, Vqc16s, int32_t>(rows, pDst, fwdLine16s<false>);
     return vqcStatusOk;
 }
 
@@ -166,18 +192,10 @@ void ownDCT8x8InvLS16s8u(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep) {
 
 VqcStatus ownDCT8x8Fwd32f(Vqc32f* z) {
     if (VqcStatus st = Check().ptr(z)) return st;
-    // The first butterfly along rows and columns at once: after it, index k
-    // of either direction holds the sum for k and index 7-k the difference.
-    for (int r = 0; r < 4; ++r) {
-        for (int c = 0; c < 4; ++c) {
-            float* top = z + r * 8;
-            float* bot = z + (7 - r) * 8;
-            const float s1 = top[c] + top[7 - c], d1 = top[c] - top[7 - c];
-            const float s2 = bot[c] + bot[7 - c], d2 = bot[c] - bot[7 - c];
-            top[c] = s1 + s2, bot[c] = s1 - s2;
-            top[7 - c] = d1 + d2, bot[7 - c] = d1 - d2;
-        }
-    }
+    // The first butterfly along rows and columns at once: each of the four
+    // samples (r, c), (r, 7-c), (7-r, c), (7-r, 7-c) becomes a sum or
+    // difference of all four, the pairs within a row taken first.
+    rowsThenColumns32f(z, [](const float* a, float* b) { fwdSplit32f(a, b); });
     eachLine<false, float, float>(z, z, [](const float* a, float* b) { fwdLine32f(a, b); });
     eachLine<true, float, float>(z, z, [](const float* a, float* b) { fwdLine32f(a, b); });
     for (int i = 0; i < 64; ++i) z[i] *= ownDctFwdScale32f[i];
@@ -188,21 +206,9 @@ void ownDCT8x8Inv32f(Vqc32f* z) {
     for (int i = 0; i < 64; ++i) z[i] *= ownDctInvScale32f[i];
     eachLine<true, float, float>(z, z, [](const float* a, float* b) { invLine32f(a, b); });
     eachLine<false, float, float>(z, z, [](const float* a, float* b) { invLine32f(a, b); });
-    // The output butterfly along both directions at once: y_k and y_(7-k)
-    // come from t_a and t_b with these pairs; the sums within a row first.
-    constexpr int pa[4] = {0, 6, 2, 4}, pb[4] = {7, 1, 5, 3};
-    float out[64];
-    for (int i = 0; i < 4; ++i) {
-        for (int j = 0; j < 4; ++j) {
-            const float* ta = z + pa[i] * 8;
-            const float* tb = z + pb[i] * 8;
-            const float s1 = ta[pa[j]] + ta[pb[j]], d1 = ta[pa[j]] - ta[pb[j]];
-            const float s2 = tb[pa[j]] + tb[pb[j]], d2 = tb[pa[j]] - tb[pb[j]];
-            out[i * 8 + j] = s1 + s2, out[(7 - i) * 8 + j] = s1 - s2;
-            out[i * 8 + 7 - j] = d1 + d2, out[(7 - i) * 8 + 7 - j] = d1 - d2;
-        }
-    }
-    for (int i = 0; i < 64; ++i) z[i] = out[i];
+    // The output butterfly of both directions in one stage: each output is
+    // a sum or difference of four values, the pairs within a row first.
+    rowsThenColumns32f(z, [](const float* a, float* b) { invJoin32f(a, b); });
 }
 
 }  // namespace vqcj

@@ -1,4 +1,6 @@
 // The fused block operations: level shift, DCT and quantisation in one call.
+#include <bit>
+#include <climits>
 #include <cstring>
 
 #include "dct.h"
@@ -10,17 +12,22 @@
 namespace vqcj {
 namespace {
 
-// Ties to even without a library call or a rounding-mode dependence:
-// adding 1.5 * 2^23 leaves no fraction bits, for |v| below 2^22.
-inline float roundEven(float v) {
+// Saturates v to lo..hi and rounds it to the nearest integer, ties to even,
+// for integer limits below 2^21 in magnitude. Rounding first and limiting
+// the integer after gives the same result as limiting first. Ties to even
+// come from adding 1.5 * 2^23, which leaves no fraction bits, once the
+// magnitude is at most 2^21; that bound is set on the bit pattern, since
+// float comparisons would keep the loop from being vectorised. NaN goes to
+// one of the limits.
+inline int32_t roundSaturated(float v, int32_t lo, int32_t hi) {
     constexpr float kMagic = 12582912.0f;
-    return (v + kMagic) - kMagic;
-}
-
-// Clamps with NaN going to the lower bound.
-inline float clampf(float v, float lo, float hi) {
-    v = v > lo ? v : lo;
-    return v < hi ? v : hi;
+    constexpr int32_t kBound = std::bit_cast<int32_t>(2097152.0f);
+    const int32_t bits = std::bit_cast<int32_t>(v);
+    int32_t mag = bits & 0x7FFFFFFF;
+    mag = mag > kBound ? kBound : mag;
+    const float r = (std::bit_cast<float>(mag | (bits & INT32_MIN)) + kMagic) - kMagic;
+    const int32_t i = static_cast<int32_t>(r);
+    return i < lo ? lo : (i > hi ? hi : i);
 }
 
 }  // namespace
@@ -49,10 +56,8 @@ VQCJ_API VqcStatus vqciDCTQuantFwd8x8LS_JPEG_16u16s_C1R(const Vqc16u* pSrc, int3
     for (int32_t i = 0; i < 64; ++i) block[i] = static_cast<Vqc32f>(px[i]);
     for (int32_t i = 0; i < 64; ++i) block[i] -= 2048.0f;
     ownDCT8x8Fwd32f(block);
-    for (int32_t i = 0; i < 64; ++i) {
-        const float v = roundEven(clampf(block[i] * pQuantFwdTable[i], -32768.0f, 32767.0f));
-        pDst[i] = static_cast<Vqc16s>(static_cast<int32_t>(v));
-    }
+    for (int32_t i = 0; i < 64; ++i)
+        pDst[i] = static_cast<Vqc16s>(roundSaturated(block[i] * pQuantFwdTable[i], -32768, 32767));
     return vqcStatusOk;
 }
 
@@ -85,12 +90,10 @@ VQCJ_API VqcStatus vqciDCTQuantInv8x8LS_JPEG_16s16u_C1R(const Vqc16s* pSrc, Vqc1
     alignas(32) Vqc32f block[64];
     for (int32_t i = 0; i < 64; ++i) block[i] = static_cast<Vqc32f>(pSrc[i]) * pQuantInvTable[i];
     ownDCT8x8Inv32f(block);
-    // Rounded to 16 bits first, then limited to 12; the step is in bytes.
+    // Saturating to 0..65535, rounding and then limiting to 4095 is the same
+    // as saturating to 0..4095 at once. The step is in bytes.
     Vqc16u px[64];
-    for (int32_t i = 0; i < 64; ++i) {
-        const int32_t v = static_cast<int32_t>(roundEven(clampf(block[i] + 2048.0f, 0.0f, 65535.0f)));
-        px[i] = static_cast<Vqc16u>(v > 4095 ? 4095 : v);
-    }
+    for (int32_t i = 0; i < 64; ++i) px[i] = static_cast<Vqc16u>(roundSaturated(block[i] + 2048.0f, 0, 4095));
     for (int32_t r = 0; r < 8; ++r) std::memcpy(rowAt(pDst, dstStep, r), px + 8 * r, 16);
     return vqcStatusOk;
 }

@@ -47,32 +47,40 @@ VqcStatus ownRecip16u(Vqc16u value, Vqc16u* pTable, int32_t len) {
     return status;
 }
 
+namespace {
+
+// 16-bit saturation of a 32-bit value by its halves: it fits when the high
+// half is the sign extension of the low one. This form stays in 16-bit
+// lanes when vectorised, where a clamp on 32 bits would not.
+inline Vqc16s sat16sByHalves(int32_t v) {
+    const Vqc16s lo = static_cast<Vqc16s>(v), hi = static_cast<Vqc16s>(v >> 16);
+    return hi == static_cast<Vqc16s>(lo >> 15) ? lo : static_cast<Vqc16s>((hi >> 15) ^ 0x7FFF);
+}
+
+}  // namespace
+
 VqcStatus ownMulScale16u16s(const Vqc16u* pTable, const Vqc16s* pSrc, Vqc16s* pDst, int32_t len, int32_t scale) {
     if (VqcStatus st = Check().ptr(pTable).ptr(pSrc).ptr(pDst).size(len)) return st;
-    const int32_t shift = scale - 1;
-    const int32_t bias = (1 << shift) - 1;
+    const int32_t bias = (1 << (scale - 1)) - 1;
     for (int32_t i = 0; i < len; ++i) {
-        // 65535 * -32768 still fits in 32 bits, so the product cannot wrap.
-        const int32_t p = static_cast<int32_t>(pTable[i]) * pSrc[i];
-        const int32_t a = p >> 1;
-        const int32_t k = (a >> shift) & 1;  // low bit of the truncated quotient
-        const int32_t x = ((p & 1) + bias + k) >> 1;
-        pDst[i] = sat16s((a + x) >> shift);
+        // The unsigned entry as (t - 32768) + 32768 keeps both factors of the
+        // multiply signed 16-bit; the exact product fits in 32 bits.
+        const int32_t c = pSrc[i];
+        const int32_t p = static_cast<int32_t>(static_cast<Vqc16s>(pTable[i] ^ 0x8000)) * c + c * 32768;
+        // Round half to even: adding bias plus the low bit k of the truncated
+        // quotient carries exactly when the fraction is above one half, or
+        // is one half and k is set. This is the same sum as (p >> 1) plus
+        // ((p & 1) + bias + k) >> 1, shifted by scale - 1.
+        const int32_t k = (p >> scale) & 1;
+        pDst[i] = sat16sByHalves((p + bias + k) >> scale);
     }
     return vqcStatusOk;
 }
 
 VqcStatus ownMulSat16sTo(const Vqc16s* pSrc, const Vqc16u* pTable, Vqc16s* pDst, int32_t len) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pTable).ptr(pDst).size(len)) return st;
-    for (int32_t i = 0; i < len; ++i) {
-        // Saturation by the halves of the product: it fits in 16 bits when
-        // the high half is the sign extension of the low one. This form stays
-        // in 16-bit lanes (a low and a high multiply) when vectorised.
-        const int32_t p = static_cast<int32_t>(static_cast<Vqc16s>(pTable[i])) * pSrc[i];
-        const Vqc16s lo = static_cast<Vqc16s>(p), hi = static_cast<Vqc16s>(p >> 16);
-        const Vqc16s sat = static_cast<Vqc16s>((hi >> 15) ^ 0x7FFF);
-        pDst[i] = hi == static_cast<Vqc16s>(lo >> 15) ? lo : sat;
-    }
+    for (int32_t i = 0; i < len; ++i)
+        pDst[i] = sat16sByHalves(static_cast<int32_t>(static_cast<Vqc16s>(pTable[i])) * pSrc[i]);
     return vqcStatusOk;
 }
 

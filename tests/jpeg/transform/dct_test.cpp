@@ -141,6 +141,10 @@ TEST(DctForward, FloatFormShiftsBy2048AndRoundsTiesToEven) {
     // Samples above 12 bits are not refused; the conversion saturates.
     expectDcOnly(fwd16u(65535, 1.0f), 32767);
     expectDcOnly(fwd16u(0, 4.0f), -32768);
+    // Saturation before the rounding, also for multipliers far out of range.
+    expectDcOnly(fwd16u(2148, 1e30f), 32767);
+    expectDcOnly(fwd16u(1948, 1e30f), -32768);
+    expectDcOnly(fwd16u(2048 + 4096, 8.0f), 32767);  // 262144
     // An odd byte step.
     expectDcOnly(fwd16u(2148, 1.0f, 17), 800);
 }
@@ -207,6 +211,8 @@ TEST(DctInverse, FloatFormLimitsTo12Bits) {
     // above 2048, that is 5000, limited to 4095; its negation gives 0.
     expectFlat(inv16u(dcOnly(23616), 1.0f), 4095);
     expectFlat(inv16u(dcOnly(-23616), 1.0f), 0);
+    expectFlat(inv16u(dcOnly(800), 1e30f), 4095);
+    expectFlat(inv16u(dcOnly(-800), 1e30f), 0);
     expectFlat(inv16u(dcOnly(800), 1.0f), 2148);
     expectFlat(inv16u(dcOnly(100), 8.0f), 2148);
     // Ties to even on the way out: 2048 + 2.5 and 2048 + 3.5.
