@@ -86,7 +86,8 @@ struct Data {
         for (int b = 0; b < kBlocks; ++b) {
             const Vqc8u* src = block(b);
             for (int r = 0; r < 8; ++r)
-                for (int c = 0; c < 8; ++c) centred[size_t{64} * b + r * 8 + c] = static_cast<Vqc16s>(src[r * kSide + c] - 128);
+                for (int c = 0; c < 8; ++c)
+                    centred[size_t{64} * b + r * 8 + c] = static_cast<Vqc16s>(src[r * kSide + c] - 128);
             vqciDCTQuantFwd8x8LS_JPEG_8u16s_C1R(src, kSide, &coef[size_t{64} * b], fwdTable.data());
         }
     }

@@ -1,11 +1,14 @@
-// The integer kernels on 8x8 blocks cut from real photographs: accuracy
-// against a double-precision DCT, and the forward-then-inverse round trip
-// at quality 100 and 50.
+// Accuracy of the kernels against a double-precision orthonormal DCT, on
+// random blocks in the manner of IEEE 1180 and on 8x8 blocks cut from real
+// photographs, and the forward-then-inverse round trip on the photographs.
+// The tables printed give the peak error, the worst per-position and overall
+// mean square error and the worst per-position and overall mean error.
 #include <gtest/gtest.h>
 #include <vqcj.h>
 
 #include <array>
 #include <cstdio>
+#include <random>
 #include <vector>
 
 #include "photos.h"
@@ -17,108 +20,168 @@ namespace {
 
 using Pixels = std::array<Vqc8u, 64>;
 
+const auto kUnitFwd = flatTable<Vqc16u>(32768);  // divisor 1
+const auto kUnitInv = flatTable<Vqc16u>(1);
+
+int32_t roundClamp(double v, int32_t lo, int32_t hi) {
+    return static_cast<int32_t>(std::clamp(std::nearbyint(v), double(lo), double(hi)));
+}
+
+// Forward kernel against the rounded exact coefficients; inverse kernel, as
+// IEEE 1180 has it, from those coefficients limited to 12 bits, against the
+// exact inverse rounded and limited to -256..255.
+void measureIntegerKernels(const std::vector<Block64d>& samples, ErrorStats& fwd, ErrorStats& inv) {
+    for (const Block64d& x : samples) {
+        const Block64d ref = referenceDct(x, false);
+        alignas(16) Vqc16s in[64], out[64];
+        int32_t got[64], want[64];
+        Block64d coef;
+        for (int i = 0; i < 64; ++i) in[i] = static_cast<Vqc16s>(x[i]);
+        ASSERT_EQ(vqciDCTQuantFwd8x8_JPEG_16s_C1(in, out, kUnitFwd.data()), vqcStatusOk);
+        for (int i = 0; i < 64; ++i) {
+            got[i] = out[i], want[i] = static_cast<int32_t>(std::nearbyint(ref[i]));
+            in[i] = static_cast<Vqc16s>(roundClamp(ref[i], -2048, 2047));
+            coef[i] = in[i];
+        }
+        fwd.add(got, want);
+        const Block64d back = referenceDct(coef, true);
+        ASSERT_EQ(vqciDCTQuantInv8x8_JPEG_16s_C1(in, out, kUnitInv.data()), vqcStatusOk);
+        for (int i = 0; i < 64; ++i)
+            got[i] = std::clamp<int32_t>(out[i], -256, 255), want[i] = roundClamp(back[i], -256, 255);
+        inv.add(got, want);
+    }
+}
+
 // Up to `perPhoto` blocks from each photograph, spread over the image; for
 // colour photographs each channel is a plane of its own.
 std::vector<Pixels> photoBlocks(int perPhoto) {
     std::vector<Pixels> blocks;
     for (const auto& img : vqcjphoto::loadPhotos(VQCJ_PHOTO_DIR)) {
-        const int bw = img.width / 8, bh = img.height / 8;
-        const int total = bw * bh * img.channels;
-        const int stride = std::max(1, total / perPhoto);
-        for (int n = 0; n < total; n += stride) {
-            const int ch = n % img.channels, b = n / img.channels;
-            const int x0 = (b % bw) * 8, y0 = (b / bw) * 8;
+        const int bw = img.width / 8, bh = img.height / 8, total = bw * bh * img.channels;
+        for (int n = 0; n < total; n += std::max(1, total / perPhoto)) {
+            const int ch = n % img.channels, b = n / img.channels, x0 = (b % bw) * 8, y0 = (b / bw) * 8;
             Pixels p;
-            for (int r = 0; r < 8; ++r)
-                for (int c = 0; c < 8; ++c)
-                    p[r * 8 + c] = img.pixels[(static_cast<size_t>(y0 + r) * img.width + x0 + c) * img.channels + ch];
+            for (int i = 0; i < 64; ++i)
+                p[i] = img.pixels[(static_cast<size_t>(y0 + i / 8) * img.width + x0 + i % 8) * img.channels + ch];
             blocks.push_back(p);
         }
     }
     return blocks;
 }
 
-std::array<Vqc16u, 64> tableAt(int quality, bool inverse) {
-    std::array<Vqc8u, 64> raw;
-    raw.fill(16);  // a flat base: divisor 16 at quality 50, 1 at 100
-    EXPECT_EQ(vqciQuantFwdRawTableInit_JPEG_8u(raw.data(), quality), vqcStatusOk);
-    std::array<Vqc16u, 64> t;
-    EXPECT_GE(inverse ? vqciQuantInvTableInit_JPEG_8u16u(raw.data(), t.data())
-                      : vqciQuantFwdTableInit_JPEG_8u16u(raw.data(), t.data()),
-              0);
-    return t;
+const std::vector<Pixels>& photos() {
+    static const std::vector<Pixels> blocks = photoBlocks(3000);
+    return blocks;
 }
 
 }  // namespace
 
-TEST(DctPhotoInterop, KernelsAgainstDoublePrecision) {
-    const auto blocks = photoBlocks(3000);
-    ASSERT_GE(blocks.size(), 1000u) << "no photographs in " << VQCJ_PHOTO_DIR;
-    const auto fwdUnit = flatTable<Vqc16u>(32768), invUnit = flatTable<Vqc16u>(1);
-    ErrorStats fwd, inv;
-    for (const Pixels& p : blocks) {
+TEST(DctAccuracy, RandomBlocksMeetIeee1180) {
+    ErrorStats::printHeader("Integer kernels on random samples against double precision (IEEE 1180 procedure)");
+    std::mt19937 rng(1180);
+    for (const auto& [lo, hi] : {std::pair{-256, 255}, {-5, 5}, {-300, 300}}) {
+        for (int sign : {1, -1}) {
+            std::uniform_int_distribution<int> d(lo, hi);
+            std::vector<Block64d> samples(10000);
+            for (auto& b : samples)
+                for (auto& v : b) v = sign * d(rng);
+            ErrorStats fwd, inv;
+            measureIntegerKernels(samples, fwd, inv);
+            char range[48];
+            std::snprintf(range, sizeof range, "[%d,%d]%s", lo, hi, sign < 0 ? " negated" : "");
+            fwd.print(std::string("forward ") + range);
+            inv.print(std::string("inverse ") + range);
+            EXPECT_LE(inv.peak(), 1);
+            EXPECT_LE(inv.worstPosMse(), 0.06);
+            EXPECT_LE(inv.mse(), 0.02);
+            EXPECT_LE(inv.worstPosMean(), 0.015);
+            EXPECT_LE(std::fabs(inv.mean()), 0.0015);
+            // The forward DC rounds halves up, so its mean error stays near 1/16.
+            EXPECT_LE(fwd.peak(), 1);
+            EXPECT_LE(fwd.mse(), 0.1);
+            EXPECT_LE(std::fabs(fwd.mean()), 0.01);
+        }
+    }
+}
+
+TEST(DctAccuracy, PhotographBlocks) {
+    ASSERT_GE(photos().size(), 1000u) << "no photographs in " << VQCJ_PHOTO_DIR;
+    std::vector<Block64d> samples;
+    for (const Pixels& p : photos()) {
         Block64d x;
         for (int i = 0; i < 64; ++i) x[i] = p[i] - 128.0;
-        const Block64d ref = referenceDct(x, false);
-        alignas(16) Vqc16s coef[64];
-        ASSERT_EQ(vqciDCTQuantFwd8x8LS_JPEG_8u16s_C1R(p.data(), 8, coef, fwdUnit.data()), vqcStatusOk);
-        int32_t got[64], want[64];
-        Block64d rounded;
-        for (int i = 0; i < 64; ++i) {
-            got[i] = coef[i];
-            want[i] = static_cast<int32_t>(std::nearbyint(ref[i]));
-            rounded[i] = want[i];
-            coef[i] = static_cast<Vqc16s>(want[i]);
-        }
-        fwd.add(got, want);
-
-        // The inverse starts from the exactly rounded coefficients.
-        const Block64d back = referenceDct(rounded, true);
-        Vqc8u px[64];
-        ASSERT_EQ(vqciDCTQuantInv8x8LS_JPEG_16s8u_C1R(coef, px, 8, invUnit.data()), vqcStatusOk);
-        for (int i = 0; i < 64; ++i) {
-            got[i] = px[i];
-            want[i] = static_cast<int32_t>(std::clamp(std::nearbyint(back[i] + 128.0), 0.0, 255.0));
-        }
-        inv.add(got, want);
+        samples.push_back(x);
     }
+    ErrorStats fwd, inv;
+    measureIntegerKernels(samples, fwd, inv);
     ErrorStats::printHeader("Integer kernels on photograph blocks against double precision");
-    fwd.print("forward, 8-bit samples");
-    inv.print("inverse, rounded exact coefficients");
+    fwd.print("forward");
+    inv.print("inverse");
     EXPECT_LE(fwd.peak(), 1);
     EXPECT_LE(inv.peak(), 1);
     EXPECT_LE(fwd.mse(), 0.1);
     EXPECT_LE(inv.mse(), 0.02);
 }
 
-TEST(DctPhotoInterop, ForwardThenInverseRoundTrip) {
-    const auto blocks = photoBlocks(3000);
-    ASSERT_GE(blocks.size(), 1000u) << "no photographs in " << VQCJ_PHOTO_DIR;
-    std::printf("Round trip on %zu photograph blocks\n  %-10s %6s %10s %10s\n", blocks.size(), "quality", "peak",
-                "mean |e|", "mse");
+TEST(DctAccuracy, FloatKernelsOn12BitSamples) {
+    std::mt19937 rng(12);
+    std::uniform_int_distribution<int> sample(0, 4095);
+    const auto unit = flatTable<Vqc32f>(1.0f);
+    ErrorStats fwd, inv;
+    for (int b = 0; b < 10000; ++b) {
+        Vqc16u px[64], back[64];
+        Vqc16s coef[64];
+        Block64d x, coefD;
+        for (int i = 0; i < 64; ++i) px[i] = static_cast<Vqc16u>(sample(rng)), x[i] = px[i] - 2048.0;
+        ASSERT_EQ(vqciDCTQuantFwd8x8LS_JPEG_16u16s_C1R(px, 16, coef, unit.data()), vqcStatusOk);
+        ASSERT_EQ(vqciDCTQuantInv8x8LS_JPEG_16s16u_C1R(coef, back, 16, unit.data()), vqcStatusOk);
+        const Block64d ref = referenceDct(x, false);
+        int32_t got[64], want[64];
+        for (int i = 0; i < 64; ++i)
+            got[i] = coef[i], want[i] = static_cast<int32_t>(std::nearbyint(ref[i])), coefD[i] = coef[i];
+        fwd.add(got, want);
+        const Block64d refBack = referenceDct(coefD, true);
+        for (int i = 0; i < 64; ++i) got[i] = back[i], want[i] = roundClamp(refBack[i] + 2048.0, 0, 4095);
+        inv.add(got, want);
+    }
+    ErrorStats::printHeader("Single-precision kernels against double precision, 12-bit samples");
+    fwd.print("forward");
+    inv.print("inverse");
+    EXPECT_LE(fwd.peak(), 1);
+    EXPECT_LE(inv.peak(), 1);
+    EXPECT_LE(fwd.mse(), 0.01);  // exact ties are split by the reference's own rounding
+    EXPECT_LE(inv.mse(), 0.001);
+}
+
+TEST(DctAccuracy, PhotographRoundTrip) {
+    ASSERT_GE(photos().size(), 1000u) << "no photographs in " << VQCJ_PHOTO_DIR;
+    std::printf("Round trip on %zu photograph blocks, flat base table 16\n  %-10s %6s %10s %10s\n", photos().size(),
+                "quality", "peak", "mean |e|", "mse");
     for (int quality : {100, 90, 50}) {
-        const auto fwdT = tableAt(quality, false), invT = tableAt(quality, true);
+        std::array<Vqc8u, 64> raw;
+        raw.fill(16);
+        ASSERT_EQ(vqciQuantFwdRawTableInit_JPEG_8u(raw.data(), quality), vqcStatusOk);
+        std::array<Vqc16u, 64> fwdT, invT;
+        ASSERT_EQ(vqciQuantFwdTableInit_JPEG_8u16u(raw.data(), fwdT.data()), vqcStatusOk);
+        ASSERT_EQ(vqciQuantInvTableInit_JPEG_8u16u(raw.data(), invT.data()), vqcStatusOk);
         int peak = 0;
         double sumAbs = 0, sumSq = 0;
-        for (const Pixels& p : blocks) {
+        for (const Pixels& p : photos()) {
             alignas(16) Vqc16s coef[64];
             Vqc8u back[64];
             ASSERT_EQ(vqciDCTQuantFwd8x8LS_JPEG_8u16s_C1R(p.data(), 8, coef, fwdT.data()), vqcStatusOk);
             ASSERT_EQ(vqciDCTQuantInv8x8LS_JPEG_16s8u_C1R(coef, back, 8, invT.data()), vqcStatusOk);
             for (int i = 0; i < 64; ++i) {
                 const int e = std::abs(back[i] - p[i]);
-                peak = std::max(peak, e);
-                sumAbs += e;
-                sumSq += e * e;
+                peak = std::max(peak, e), sumAbs += e, sumSq += e * e;
             }
         }
-        const double n = 64.0 * blocks.size();
+        const double n = 64.0 * photos().size();
         std::printf("  %-10d %6d %10.4f %10.4f\n", quality, peak, sumAbs / n, sumSq / n);
         if (quality == 100) {
             EXPECT_LE(peak, 2);
             EXPECT_LE(sumAbs / n, 0.3);
         }
-        // Divisor d costs at most d/2 per coefficient; the mean stays small.
         EXPECT_LE(sumSq / n, quality == 50 ? 25.0 : 5.0);
     }
 }
