@@ -292,7 +292,8 @@ VQCJ_API VqcStatus vqciQuantInv8x8_JPEG_16s_C1I(Vqc16s* pSrcDst, const Vqc16u* p
  * Blocks are 64 Vqc16s, row-major, contiguous; coefficients in natural order.
  * Integer forms: fixed-point kernel, 16-bit wrap between passes, saturation
  * only in the quantiser. The 16u forms (12-bit samples) run in single
- * precision with a caller-built float table of multipliers; level shift 2048.
+ * precision with a caller-built float table of multipliers; level shift 2048,
+ * outputs rounded half to even; the inverse limits its samples to 0..4095.
  * LS forms with a row step check: pSrc, pDst -8, step -14, table -8.
  * Block forms check their pointers in argument order: -8.
  */
