@@ -17,7 +17,7 @@ struct Run {
     bool inRegion;
 };
 
-// Records which thread ran which run of rows.
+// Which thread ran which run of rows, in thread order.
 std::vector<Run> runsFor(int32_t w, int32_t h, int threads) {
     std::vector<Run> runs;
     std::mutex m;
@@ -27,61 +27,32 @@ std::vector<Run> runsFor(int32_t w, int32_t h, int threads) {
             runs.push_back({omp_get_thread_num(), first, last, omp_in_parallel() != 0});
         });
     });
+    std::sort(runs.begin(), runs.end(), [](const Run& a, const Run& b) { return a.thread < b.thread; });
     return runs;
 }
 
 }  // namespace
 
-TEST(ParallelFrame, ThresholdIsOnElementsNotBytes) {
-    auto serial = runsFor(64, 128, 2);  // 8192: serial
-    ASSERT_EQ(serial.size(), 1u);
-    EXPECT_FALSE(serial[0].inRegion);
-    EXPECT_EQ(serial[0].first, 0);
-    EXPECT_EQ(serial[0].last, 128);
-
-    auto region = runsFor(64, 129, 2);  // 8256: two contiguous runs, the first one row longer
-    ASSERT_EQ(region.size(), 2u);
-    std::sort(region.begin(), region.end(), [](auto& a, auto& b) { return a.thread < b.thread; });
-    EXPECT_TRUE(region[0].inRegion);
-    EXPECT_EQ(region[0].first, 0);
-    EXPECT_EQ(region[0].last, 65);
-    EXPECT_EQ(region[1].first, 65);
-    EXPECT_EQ(region[1].last, 129);
-}
-
-TEST(ParallelFrame, OneThreadStillOpensTheRegionAndCoversAllRows) {
-    auto runs = runsFor(100, 100, 1);
-    ASSERT_EQ(runs.size(), 1u);
-    EXPECT_EQ(runs[0].first, 0);
-    EXPECT_EQ(runs[0].last, 100);
-}
-
-TEST(ParallelFrame, SingleWideRowGoesToOneThread) {
-    auto runs = runsFor(9000, 1, 3);
-    ASSERT_EQ(runs.size(), 1u);  // the others receive no rows
-    EXPECT_TRUE(runs[0].inRegion);
-    EXPECT_EQ(runs[0].first, 0);
-    EXPECT_EQ(runs[0].last, 1);
-}
-
-TEST(ParallelFrame, WrappingProductTakesTheSerialBranchAndCoversAllRows) {
-    EXPECT_FALSE(ownRowsGoParallel(65536, 65536));  // the product wraps to 0
-    EXPECT_TRUE(ownRowsGoParallel(65537, 65537));   // wraps to 131073
-    auto runs = runsFor(65536, 65536, 2);
-    ASSERT_EQ(runs.size(), 1u);
-    EXPECT_FALSE(runs[0].inRegion);
-    EXPECT_EQ(runs[0].last, 65536);
-}
-
-TEST(ParallelFrame, RunsPartitionTheRowsForManyCounts) {
-    for (int threads : {2, 3, 5, 8}) {
-        for (int h : {3, 97, 1000}) {
-            auto runs = runsFor(9000, h, threads);
-            std::vector<int> hits(h, 0);
-            for (const auto& r : runs)
-                for (int y = r.first; y < r.last; ++y) ++hits[y];
-            for (int y = 0; y < h; ++y) ASSERT_EQ(hits[y], 1) << threads << " threads, height " << h;
-            EXPECT_LE(runs.size(), static_cast<size_t>(threads));
+TEST(ParallelFrame, ThresholdWrapAndRuns) {
+    const struct {
+        int w, h, threads;
+        std::vector<int> bounds;  // first row of each run, then the end
+        bool inRegion;
+    } cases[] = {
+        {64, 128, 2, {0, 128}, false},        // 8192 elements: serial
+        {64, 129, 2, {0, 65, 129}, true},     // 8256: two contiguous runs, the first one row longer
+        {100, 100, 1, {0, 100}, false},       // a region of one thread is not an active one
+        {9000, 1, 3, {0, 1}, true},           // the other threads receive no rows
+        {65536, 65536, 2, {0, 65536}, false}, // the product wraps to 0
+    };
+    for (const auto& c : cases) {
+        const auto runs = runsFor(c.w, c.h, c.threads);
+        ASSERT_EQ(runs.size() + 1, c.bounds.size()) << c.w << "x" << c.h;
+        for (size_t i = 0; i < runs.size(); ++i) {
+            EXPECT_EQ(runs[i].first, c.bounds[i]);
+            EXPECT_EQ(runs[i].last, c.bounds[i + 1]);
+            EXPECT_EQ(runs[i].inRegion, c.inRegion);
         }
     }
+    EXPECT_TRUE(ownRowsGoParallel(65537, 65537));  // wraps to 131073
 }
