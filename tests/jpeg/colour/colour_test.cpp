@@ -183,14 +183,15 @@ const Vector kVectors[] = {
     {INV(vqciRGBToY_JPEG_8u_P3C1R, 1), "pSrc pSrc0 pSrc1 pSrc2 pDst srcStep dstStep width height", {{0}, {0}, {255}}, 0,
      {{29}}},
     // Fused: a blue pair wraps Cb to 0 under K 0xFF0000, a red pair Cr; the
-    // RGB three-channel 422 member's 0xFFC000 and the 411 constant keep 255.
+    // RGB three-channel 422 member's 0xFFC000 keeps 255. The 411 constant
+    // rounds at one eighth: Cr of magenta, 234.77, gives 234, a half 235.
     {FUSED(vqciBGRToYCbCr422_JPEG_8u_C3P3R, 3), kFwd422, {{255, 0, 0, 255, 0, 0, 9, 9, 9}}, 35,
      {{29, 29, E}, {0, E}, {107, E}}},
     {FUSED(vqciRGBToYCbCr422_JPEG_8u_C3P3R, 2), kFwd422, {{0, 0, 255, 0, 0, 255}}, 0, {{29, 29}, {255}, {107}}},
     {FUSED(vqciRGBToYCbCr422_JPEG_8u_C4P3R, 2), kFwd422, {{255, 0, 0, 0, 255, 0, 0, 0}}, 0, {{76, 76}, {85}, {0}}},
     {V(vqciBGRToYCbCr411_JPEG_8u_C3P3R(a.s(), a.ss(6), a.dps(), a.steps(k411), a.roi(2, 3))),
-     "pSrc pDst pDst0 pDst1 pDst2 width2 height2", {{255, 0, 0, 255, 0, 0, 255, 0, 0, 255, 0, 0, 7, 7, 7, 7, 7, 7}}, 35,
-     {{29, 29, E, E, 29, 29, E, E, E, E}, {255}, {107}}},
+     "pSrc pDst pDst0 pDst1 pDst2 width2 height2", {{255, 0, 255, 255, 0, 255, 255, 0, 255, 255, 0, 255}}, 35,
+     {{105, 105, E, E, 105, 105, E, E, E, E}, {212}, {234}}},
     // Both inverse arithmetics, aval unchanged.
     {INV(vqciYCbCrToRGB_JPEG_8u_P3C3R, 4), kInvC3, kCorners, 0,
      {{128, 128, 128, 0, 135, 0, 255, 121, 255, 255, 37, 128}}},
