@@ -20,10 +20,10 @@ TEST(Memory, MallocRefusesEmptyAndAligns) {
 // Zero, fill and the element forms write exactly their range, at any
 // alignment, and the checked forms test the pointer before the length.
 TEST(Memory, ZeroAndFillWriteExactlyTheRange) {
-    std::vector<uint8_t> buf(256);
+    std::vector<uint8_t> buf(512);
     for (int off = 0; off < 4; ++off)
         for (int len = -1; len <= 70; ++len)
-            for (int kind = 0; kind < 4; ++kind) {
+            for (int kind = 0; kind < (off == 0 ? 4 : 2); ++kind) {  // elements only where aligned
                 std::fill(buf.begin(), buf.end(), 0xEE);
                 uint8_t* p = buf.data() + 64 + off;
                 const int value = kind == 1 ? 0x5C : 0, bytes = kind == 2 ? 2 * len : kind == 3 ? 4 * len : len;
@@ -33,7 +33,7 @@ TEST(Memory, ZeroAndFillWriteExactlyTheRange) {
                     EXPECT_EQ(ownZero16s(reinterpret_cast<Vqc16s*>(p), len), len < 1 ? -6 : 0);
                 }
                 if (kind == 3) ownFill32s(0, reinterpret_cast<Vqc32s*>(p), len);
-                for (int i = 0; i < 256; ++i)
+                for (int i = 0; i < 512; ++i)
                     ASSERT_EQ(buf[i], i >= 64 + off && i < 64 + off + bytes ? value : 0xEE) << kind << " " << len;
             }
     Vqc8u b[4] = {1, 1, 1, 1};
