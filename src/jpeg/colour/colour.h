@@ -11,6 +11,7 @@
 #include <vqcj.h>
 
 #include <cstdint>
+#include <type_traits>
 
 #include "frame/check.h"
 #include "frame/parallel.h"
@@ -131,13 +132,23 @@ struct InvArith {
         return static_cast<int16_t>(hi + (((lo >> 1) + (K >> 1) + (lo & K & 1)) >> 15));
     }
 
-    static void pixel(int16_t y, int16_t cb, int16_t cr, uint8_t& r, uint8_t& g, uint8_t& b) {
+    // What the chroma adds to Y in each channel. Y enters every sum as a
+    // multiple of 65536, so adding it after the shift changes nothing.
+    static void terms(int16_t cb, int16_t cr, int32_t& dr, int32_t& dg, int32_t& db) {
         cb = static_cast<int16_t>(cb - 128);
         cr = static_cast<int16_t>(cr - 128);
-        r = sat8u(y + kRq * cr + round16<kRm, W.rRound>(cr));
+        dr = kRq * cr + round16<kRm, W.rRound>(cr);
         // Two products: their sum needs 32 bits.
-        g = sat8u(y + kGbq * cb + kGrq * cr + ((kGbm * cb + kGrm * cr + W.gRound) >> 16));
-        b = sat8u(y + kBq * cb + round16<kBm, W.bRound>(cb));
+        dg = kGbq * cb + kGrq * cr + ((kGbm * cb + kGrm * cr + W.gRound) >> 16);
+        db = kBq * cb + round16<kBm, W.bRound>(cb);
+    }
+
+    static void pixel(int16_t y, int16_t cb, int16_t cr, uint8_t& r, uint8_t& g, uint8_t& b) {
+        int32_t dr, dg, db;
+        terms(cb, cr, dr, dg, db);
+        r = sat8u(y + dr);
+        g = sat8u(y + dg);
+        b = sat8u(y + db);
     }
 };
 
@@ -330,18 +341,10 @@ struct InPlanes {
     }
 };
 
-// Planar 422: one Cb and Cr for each pair of pixels, repeated over the pair.
-// x0 and n are even.
+// Planar 422: one Cb and Cr for each pair of pixels. ownInvRow gives it the
+// pair kernel, which computes the chroma terms once per pair. x0 and n are even.
 struct In422Planes {
     static constexpr int kPlanes = 3;
-    static BlockPtrs load(const Vqc8u* const* row, int32_t x0, int32_t n, Block& t) {
-        for (int k = 1; k < 3; ++k) {
-            const Vqc8u* __restrict s = row[k] + x0 / 2;
-            Vqc8u* __restrict d = t.v[k];
-            for (int32_t j = 0; j < n / 2; ++j) d[2 * j] = d[2 * j + 1] = s[j];
-        }
-        return {row[0] + x0, t.v[1], t.v[2], nullptr};
-    }
 };
 
 // Interleaved 422: Y0, Cb, Y1, Cr for each pair of pixels. x0 and n are even.
@@ -427,18 +430,42 @@ template <class Arith>
     for (int32_t x = 0; x < n; ++x) Arith::pixel(y[x], cb[x], cr[x], r[x], g[x], b[x]);
 }
 
+// Planar 422 rows: each chroma pair feeds two pixels.
+template <class Arith>
+[[gnu::noinline]] void ownInvKernelPairs(const Vqc8u* __restrict y, const Vqc8u* __restrict cb,
+                                         const Vqc8u* __restrict cr, Vqc8u* __restrict r, Vqc8u* __restrict g,
+                                         Vqc8u* __restrict b, int32_t pairs) {
+    for (int32_t j = 0; j < pairs; ++j) {
+        int32_t dr, dg, db;
+        Arith::terms(cb[j], cr[j], dr, dg, db);
+        r[2 * j] = sat8u(y[2 * j] + dr);
+        r[2 * j + 1] = sat8u(y[2 * j + 1] + dr);
+        g[2 * j] = sat8u(y[2 * j] + dg);
+        g[2 * j + 1] = sat8u(y[2 * j + 1] + dg);
+        b[2 * j] = sat8u(y[2 * j] + db);
+        b[2 * j + 1] = sat8u(y[2 * j + 1] + db);
+    }
+}
+
 // width pixels of one row; the 422 sources want it even.
 template <class In, class Arith, class Dst>
 void ownInvRow(const Vqc8u* const* srow, typename Dst::Elem* const* drow, int32_t width, Vqc8u aval) {
     Block in, out;
     for (int32_t x0 = 0; x0 < width; x0 += kBlock) {
         const int32_t n = width - x0 < kBlock ? width - x0 : kBlock;
-        const BlockPtrs s = In::load(srow, x0, n, in);
-        if constexpr (Dst::kInPlace) {
-            ownInvKernel<Arith>(s.a, s.b, s.c, drow[0] + x0, drow[1] + x0, drow[2] + x0, n);
+        if constexpr (std::is_same_v<In, In422Planes>) {
+            static_assert(!Dst::kInPlace);
+            ownInvKernelPairs<Arith>(srow[0] + x0, srow[1] + x0 / 2, srow[2] + x0 / 2, out.v[0], out.v[1], out.v[2],
+                                     n / 2);
+            Dst::store(drow, x0, n, out, nullptr, aval);
         } else {
-            ownInvKernel<Arith>(s.a, s.b, s.c, out.v[0], out.v[1], out.v[2], n);
-            Dst::store(drow, x0, n, out, s.k, aval);
+            const BlockPtrs s = In::load(srow, x0, n, in);
+            if constexpr (Dst::kInPlace) {
+                ownInvKernel<Arith>(s.a, s.b, s.c, drow[0] + x0, drow[1] + x0, drow[2] + x0, n);
+            } else {
+                ownInvKernel<Arith>(s.a, s.b, s.c, out.v[0], out.v[1], out.v[2], n);
+                Dst::store(drow, x0, n, out, s.k, aval);
+            }
         }
     }
 }

@@ -281,3 +281,37 @@ TEST(ColourMembers, SameBytesOnAnyThreadCount) {
 }
 
 }  // namespace
+
+// The planar 422 and 411 forms compute each chroma pair's terms once for its
+// pixels. With the chroma repeated over each pair, and over each pair of rows,
+// they must equal the full-rate four-channel form, which shares their
+// arithmetic, for every Y, Cb and Cr: Y runs j and 255 - j along a row of 256
+// pairs, Cb is the row number halved, and Cr moves along the row and from
+// image to image.
+TEST(ColourExhaustive, SubsampledFormsEqualFullRateOnRepeatedChroma) {
+    constexpr int w = 512, h = 512, cw = w / 2;
+    Bytes y(w * h), cbFull(w * h), crFull(w * h), cb422(cw * h), cb411(cw * h / 2), cr(cw * h), want(4 * w * h),
+        got(4 * w * h);
+    for (int r = 0; r < h; ++r) {
+        for (int x = 0; x < w; ++x) y[r * w + x] = Vqc8u(x & 1 ? 255 - x / 2 : x / 2), cbFull[r * w + x] = Vqc8u(r / 2);
+        std::fill_n(&cb422[r * cw], cw, Vqc8u(r / 2));  // 422 reads chroma row r, 411 row r / 2
+        if (r < h / 2) std::fill_n(&cb411[r * cw], cw, Vqc8u(r));
+    }
+    const Vqc8u* full[3] = {y.data(), cbFull.data(), crFull.data()};
+    const Vqc8u* sub422[3] = {y.data(), cb422.data(), cr.data()};
+    const Vqc8u* sub411[3] = {y.data(), cb411.data(), cr.data()};
+    const int32_t steps[3] = {w, cw, cw};
+    vqcjtest::withThreads(1, [&] {
+        for (int c = 0; c < 256; ++c) {
+            for (int r = 0; r < h; ++r)
+                for (int j = 0; j < cw; ++j)
+                    cr[r * cw + j] = crFull[r * w + 2 * j] = crFull[r * w + 2 * j + 1] = Vqc8u(c + j);
+            ASSERT_EQ(vqciYCbCrToRGB_JPEG_8u_P3C4R(full, w, want.data(), 4 * w, {w, h}, 7), 0);
+            ASSERT_EQ(vqciYCbCr422ToRGB_JPEG_8u_P3C4R(sub422, steps, got.data(), 4 * w, {w, h}, 7), 0);
+            ASSERT_EQ(got, want) << "422, image " << c;
+            std::fill(got.begin(), got.end(), 0);
+            ASSERT_EQ(vqciYCbCr411ToRGB_JPEG_8u_P3C4R(sub411, steps, got.data(), 4 * w, {w, h}, 7), 0);
+            ASSERT_EQ(got, want) << "411, image " << c;
+        }
+    });
+}
