@@ -17,18 +17,56 @@
 
 namespace vqcj {
 
+namespace detail {
+
+// Up to 16 bytes between ranges that do not overlap, without a call: two
+// word moves that may overlap each other cover any length from their width
+// to twice it.
+template <class W>
+inline void copyTwo(const uint8_t* s, uint8_t* d, int32_t n) {
+    W a, b;
+    std::memcpy(&a, s, sizeof(W));
+    std::memcpy(&b, s + n - sizeof(W), sizeof(W));
+    std::memcpy(d, &a, sizeof(W));
+    std::memcpy(d + n - sizeof(W), &b, sizeof(W));
+}
+
+inline void copyShort(const uint8_t* s, uint8_t* d, int32_t n) {
+    if (n >= 8) copyTwo<uint64_t>(s, d, n);
+    else if (n >= 4) copyTwo<uint32_t>(s, d, n);
+    else {
+        d[0] = s[0];
+        d[n >> 1] = s[n >> 1];
+        d[n - 1] = s[n - 1];
+    }
+}
+
+inline void fillShort(uint8_t* d, uint8_t v, int32_t n) {
+    const uint64_t w = v * 0x0101010101010101u;
+    if (n >= 8) {
+        std::memcpy(d, &w, 8);
+        std::memcpy(d + n - 8, &w, 8);
+    } else if (n >= 4) {
+        std::memcpy(d, &w, 4);
+        std::memcpy(d + n - 4, &w, 4);
+    } else {
+        d[0] = d[n >> 1] = d[n - 1] = v;
+    }
+}
+
+}  // namespace detail
+
 // Length below 1: null without calling the allocator.
 void* ownMalloc(int32_t length);
 // No null test of its own: the core library's free accepts null.
 void ownFree(void* p);
 
-inline void ownZeroBytes(void* p, int32_t length) {
-    if (length > 0) std::memset(p, 0, static_cast<size_t>(length));
+inline void ownFillBytes(Vqc8u value, void* p, int32_t length) {
+    if (length > 16) std::memset(p, value, static_cast<size_t>(length));
+    else if (length > 0) detail::fillShort(static_cast<uint8_t*>(p), value, length);
 }
 
-inline void ownFillBytes(Vqc8u value, void* p, int32_t length) {
-    if (length > 0) std::memset(p, value, static_cast<size_t>(length));
-}
+inline void ownZeroBytes(void* p, int32_t length) { ownFillBytes(0, p, length); }
 
 inline VqcStatus ownZero8u(Vqc8u* p, int32_t length) {
     if (p == nullptr) return vqcStatusNullPtr;
@@ -75,6 +113,10 @@ constexpr bool ownRangesOverlap(uintptr_t src, uintptr_t dst, int32_t length) {
 inline void* ownCopyBytes(const void* src, void* dst, int32_t length) {
     if (length < 1) return dst;
     if (!ownRangesOverlap(reinterpret_cast<uintptr_t>(src), reinterpret_cast<uintptr_t>(dst), length)) {
+        if (length <= 16) {
+            detail::copyShort(static_cast<const uint8_t*>(src), static_cast<uint8_t*>(dst), length);
+            return dst;
+        }
         // GCC warns about this branch where constant arguments make it dead.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wrestrict"

@@ -57,6 +57,12 @@ TEST(Memory, CopyIsForward) {
         ownCopyBytes(b.data(), b.data() + shift, shift == 1 ? 10 : 200);
         for (int i = 0; i < (shift == 1 ? 11 : 203); ++i) ASSERT_EQ(b[i], i % shift) << shift;
     }
+    for (int len = 0; len <= 40; ++len)  // separate ranges, every short length and alignment
+        for (int off = 0; off < 8; ++off) {
+            std::iota(b.begin(), b.end(), 0);
+            ownCopyBytes(b.data() + off, b.data() + 200, len);
+            for (int i = 192; i < 256; ++i) ASSERT_EQ(b[i], i >= 200 && i < 200 + len ? off + i - 200 : i) << len;
+        }
     std::iota(b.begin(), b.end(), 0);  // below the source, and far apart
     ownCopyBytes(b.data() + 5, b.data(), 100);
     ASSERT_EQ(ownCopy8u(b.data(), b.data() + 200, 150), vqcStatusOk);
