@@ -1,7 +1,5 @@
 #include "levelshift.h"
 
-#include <algorithm>
-
 #include "check.h"
 #include "parallel.h"
 #include "rows.h"
@@ -27,12 +25,7 @@ void ownAdd128(const Vqc16s* pSrc, int32_t srcStep, Vqc8u* pDst, int32_t dstStep
         for (int32_t y = first; y < last; ++y) {
             const Vqc16s* __restrict s = rowAt(pSrc, srcStep, y);
             Vqc8u* __restrict d = rowAt(pDst, dstStep, y);
-            // Clamping in 16 bits before the shift is the same saturation and
-            // keeps eight lanes per vector.
-            for (int32_t x = 0; x < w; ++x) {
-                const Vqc16s c = std::min<Vqc16s>(std::max<Vqc16s>(s[x], -128), 127);
-                d[x] = static_cast<Vqc8u>(c + 128);
-            }
+            for (int32_t x = 0; x < w; ++x) d[x] = add128Sat8u(s[x]);
         }
     });
 }

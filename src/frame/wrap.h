@@ -34,4 +34,10 @@ constexpr int16_t cut16s(int32_t v) { return static_cast<int16_t>(v); }
 constexpr uint8_t sat8u(int32_t v) { return static_cast<uint8_t>(std::min(std::max(v, 0), 255)); }
 constexpr int16_t sat16s(int32_t v) { return static_cast<int16_t>(std::min(std::max(v, -32768), 32767)); }
 
+// A 16-bit sample plus 128, saturated to 0..255. Clamping to -128..127 in
+// 16 bits first is the same saturation and keeps eight lanes per vector.
+constexpr uint8_t add128Sat8u(int16_t v) {
+    return static_cast<uint8_t>(std::min<int16_t>(std::max<int16_t>(v, -128), 127) + 128);
+}
+
 }  // namespace vqcj

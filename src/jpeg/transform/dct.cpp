@@ -180,13 +180,8 @@ void ownDCT8x8Inv16s(const Vqc16s* pSrc, Vqc16s* pDst) {
 void ownDCT8x8InvLS16s8u(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep) {
     alignas(32) Vqc16s block[64];
     ownDCT8x8Inv16s(pSrc, block);
-    // Clamping to -128..127 in 16 bits is the same saturation as adding 128
-    // on 32 bits and limiting to 0..255, and it keeps eight lanes a vector.
     alignas(16) Vqc8u px[64];
-    for (int32_t i = 0; i < 64; ++i) {
-        const Vqc16s v = block[i] < -128 ? Vqc16s{-128} : (block[i] > 127 ? Vqc16s{127} : block[i]);
-        px[i] = static_cast<Vqc8u>(v + 128);
-    }
+    for (int32_t i = 0; i < 64; ++i) px[i] = add128Sat8u(block[i]);
     for (int32_t r = 0; r < 8; ++r) std::memcpy(rowAt(pDst, dstStep, r), px + 8 * r, 8);
 }
 
