@@ -331,6 +331,30 @@ VQCJ_API VqcStatus vqciUnpackBitsRow_TIFF_8u_C1(const Vqc8u* pSrc, int32_t* pSrc
 VQCJ_API VqcStatus vqciJoinRow_TIFF_8u16u_C1(const Vqc8u* const ppSrc[2], Vqc8u* pDst, int32_t len);
 VQCJ_API VqcStatus vqciSplitRow_TIFF_16u8u_C1(const Vqc8u* pSrc, Vqc8u* const ppDst[2], int32_t len);
 
+/* ---- JPEG Huffman tables and baseline coders ------------------------- */
+
+/* ---- JPEG progressive Huffman coders --------------------------------- */
+
+/* ---- JPEG lossless prediction and row coding ------------------------- */
+
+/* ---- JPEG MCU conversions and reduced-size inverse DCT --------------- */
+
+/* ---- JPEG 2000 reversible 5/3 wavelet -------------------------------- */
+
+/* ---- JPEG 2000 irreversible 9/7 wavelet ------------------------------ */
+
+/* ---- JPEG 2000 component transforms ---------------------------------- */
+
+/* ---- JPEG 2000 code-block encoder ------------------------------------ */
+
+/* ---- JPEG 2000 code-block decoder ------------------------------------ */
+
+/* ---- JPEG XR photo core transform ------------------------------------ */
+
+/* ---- JPEG XR coefficient coding -------------------------------------- */
+
+/* ---- Texture block codecs -------------------------------------------- */
+
 #ifdef __cplusplus
 }
 #endif
