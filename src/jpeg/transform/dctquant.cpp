@@ -1,14 +1,24 @@
 // The fused block operations: level shift, DCT and quantisation in one call.
+// The fixed-point forms are one kernel source compiled for every SIMD target.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "jpeg/transform/dctquant.cpp"
+#include <hwy/foreach_target.h>  // must come before highway.h
+#include <hwy/highway.h>
+
 #include <bit>
 #include <climits>
 #include <cstring>
 
 #include "dct.h"
 #include "frame/check.h"
-#include "frame/levelshift.h"
 #include "frame/rows.h"
+#include "frame/simd.h"
+#include "frame/simdblock.h"
+#include "frame/wrap.h"
 #include "quant.h"
 
+#ifndef VQCJ_DCTQUANT_ONCE
+#define VQCJ_DCTQUANT_ONCE
 namespace vqcj {
 namespace {
 
@@ -31,6 +41,223 @@ inline int32_t roundSaturated(float v, int32_t lo, int32_t hi) {
 }
 
 }  // namespace
+
+// The plain routines: the baseline target and the tests' reference. The
+// block's own level shift is the one of ownSub128, without its row frame.
+void ownDCTQuantFwdLS8uPlain(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* pDst, const Vqc16u* pTable) {
+    for (int32_t r = 0; r < 8; ++r) {
+        const Vqc8u* s = rowAt(pSrc, srcStep, r);
+        for (int32_t c = 0; c < 8; ++c) pDst[8 * r + c] = static_cast<Vqc16s>(s[c] - 128);
+    }
+    ownDCT8x8Fwd16s(pDst, pDst);
+    ownMulScale16u16s(pTable, pDst, pDst, 64, 15);
+}
+
+void ownDCTQuantFwd16sPlain(const Vqc16s* pSrc, Vqc16s* pDst, const Vqc16u* pTable) {
+    ownDCT8x8Fwd16s(pSrc, pDst);
+    ownMulScale16u16s(pTable, pDst, pDst, 64, 15);
+}
+
+void ownDCTQuantInvLS8uPlain(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u* pTable) {
+    alignas(32) Vqc16s coef[64];
+    ownMulSat16sTo(pSrc, pTable, coef, 64);
+    ownDCT8x8InvLS16s8u(coef, pDst, dstStep);
+}
+
+void ownDCTQuantInv16sPlain(const Vqc16s* pSrc, Vqc16s* pDst, const Vqc16u* pTable) {
+    ownMulSat16sTo(pSrc, pTable, pDst, 64);
+    ownDCT8x8Inv16s(pDst, pDst);
+}
+
+}  // namespace vqcj
+#endif  // VQCJ_DCTQUANT_ONCE
+
+HWY_BEFORE_NAMESPACE();
+namespace vqcj::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if !VQCJ_SIMD_BASELINE
+
+// The fixed-point butterflies of dct.cpp over 32-bit lanes. Vector
+// arithmetic wraps, and products are taken as a whole where the plain
+// routine splits them for its vectoriser: modulo 2^32 they are equal.
+template <int Bits>
+HWY_INLINE BlockV32 RoundShift(BlockV32 v) {
+    return hn::ShiftRight<Bits>(hn::Add(v, hn::Set(BlockD32(), 1 << (Bits - 1))));
+}
+
+HWY_INLINE BlockV32 MulK(BlockV32 v, int32_t k) { return hn::Mul(v, hn::Set(BlockD32(), k)); }
+
+template <bool RowPass>
+HWY_INLINE void FwdLine(const BlockV32 (&x)[8], BlockV32 (&y)[8]) {
+    const auto s07 = hn::Add(x[0], x[7]), s16 = hn::Add(x[1], x[6]);
+    const auto s25 = hn::Add(x[2], x[5]), s34 = hn::Add(x[3], x[4]);
+    const auto a = hn::Add(s07, s34), b = hn::Sub(s07, s34);
+    const auto c = hn::Add(s16, s25), d = hn::Sub(s16, s25);
+    const auto m = MulK(hn::Add(b, d), 17734);
+    const auto e0 = hn::Add(a, c), e4 = hn::Sub(a, c);
+    const auto e2 = hn::Add(MulK(b, 25080), m), e6 = hn::Sub(m, MulK(d, 60547));
+
+    const auto p = hn::ShiftLeft<3>(hn::Sub(x[1], x[6])), q = hn::ShiftLeft<3>(hn::Sub(x[2], x[5]));
+    const auto s = RoundShift<12>(MulK(hn::Sub(x[3], x[4]), 46341));
+    const auto t = RoundShift<12>(MulK(hn::Sub(x[0], x[7]), 46341));
+    const auto pq = hn::Add(p, q), pmq = hn::Sub(p, q);
+    const auto u = hn::Add(pq, t), v = hn::Add(pmq, s), w = hn::Sub(t, pq), z = hn::Sub(s, pmq);
+    const auto n1 = MulK(hn::Add(u, v), 799), n2 = MulK(hn::Add(w, z), 3406);
+    const auto o1 = hn::Add(n1, MulK(u, 3218)), o7 = hn::Sub(n1, MulK(v, 4816));
+    const auto o3 = hn::Sub(n2, MulK(z, 5681)), o5 = hn::Sub(n2, MulK(w, 1130));
+
+    constexpr int kOdd = RowPass ? 12 : 21;
+    if constexpr (RowPass) {
+        y[0] = hn::ShiftLeft<3>(e0), y[4] = hn::ShiftLeft<3>(e4);
+    } else {
+        y[0] = RoundShift<6>(e0), y[4] = RoundShift<6>(e4);
+    }
+    y[1] = RoundShift<kOdd>(o1), y[2] = RoundShift<kOdd>(e2), y[3] = RoundShift<kOdd>(o3);
+    y[5] = RoundShift<kOdd>(o5), y[6] = RoundShift<kOdd>(e6), y[7] = RoundShift<kOdd>(o7);
+}
+
+template <bool ColPass>
+HWY_INLINE void InvLine(const BlockV32 (&i)[8], BlockV32 (&y)[8]) {
+    const auto A = hn::Add(MulK(i[5], 18205), MulK(i[3], 27246));
+    const auto B = hn::Sub(MulK(i[5], 27246), MulK(i[3], 18205));
+    const auto C = hn::Add(MulK(i[1], 32139), MulK(i[7], 6393));
+    const auto D = hn::Sub(MulK(i[1], 6393), MulK(i[7], 32138));
+    const auto E = hn::Sub(C, A), F = hn::Sub(D, B), H = hn::Add(E, F), J = hn::Sub(E, F);
+    const auto G = MulK(RoundShift<12>(hn::Add(A, C)), 5793);
+    const auto I = MulK(RoundShift<12>(hn::Add(B, D)), 5793);
+
+    const auto T = hn::ShiftLeft<15>(i[0]), P = hn::ShiftLeft<15>(i[4]);
+    const auto Q = MulK(hn::Add(i[2], i[6]), 17734);
+    const auto R = hn::Add(MulK(i[2], 25080), Q);
+    const auto S = hn::Sub(Q, MulK(i[6], 60547));
+    const auto tp = hn::Add(T, P), tm = hn::Sub(T, P);
+    const auto U = hn::Add(tp, R), V = hn::Sub(tp, R), W = hn::Add(tm, S), X = hn::Sub(tm, S);
+
+    constexpr int kBits = ColPass ? 12 : 21;
+    y[0] = RoundShift<kBits>(hn::Add(U, G)), y[7] = RoundShift<kBits>(hn::Sub(U, G));
+    y[1] = RoundShift<kBits>(hn::Add(W, H)), y[6] = RoundShift<kBits>(hn::Sub(W, H));
+    y[2] = RoundShift<kBits>(hn::Add(X, J)), y[5] = RoundShift<kBits>(hn::Sub(X, J));
+    y[3] = RoundShift<kBits>(hn::Add(V, I)), y[4] = RoundShift<kBits>(hn::Sub(V, I));
+}
+
+// Forward DCT of the rows v and quantisation into pDst: the column pass
+// ends in 32 bits, where the 16-bit cut, the product with the unsigned
+// table entry (exact: below 2^31 in magnitude), the rounding half to even
+// and the saturation happen lane-wise.
+HWY_INLINE void FwdQuantRows(BlockV16 (&v)[8], Vqc16s* pDst, const Vqc16u* pTable) {
+    const BlockD16 d16;
+    const hn::Full128<uint16_t> du16;
+    const BlockD32 d32;
+    Transpose8x8(v);
+    LinesIn32(v, FwdLine<true>);
+    Transpose8x8(v);
+    BlockV32 x[kBlockParts][8], y[kBlockParts][8];
+    for (int k = 0; k < 8; ++k) {
+        BlockV32 parts[kBlockParts];
+        WidenRow<int16_t>(v[k], parts);
+        for (size_t p = 0; p < kBlockParts; ++p) x[p][k] = parts[p];
+    }
+    for (size_t p = 0; p < kBlockParts; ++p) FwdLine<false>(x[p], y[p]);
+    const auto bias = hn::Set(d32, 16383), one = hn::Set(d32, 1);
+    for (int k = 0; k < 8; ++k) {
+        BlockV32 t[kBlockParts], q[kBlockParts];
+        WidenRow<uint16_t>(hn::LoadU(du16, pTable + 8 * k), t);
+        for (size_t p = 0; p < kBlockParts; ++p) {
+            const auto c = hn::ShiftRight<16>(hn::ShiftLeft<16>(y[p][k]));
+            const auto prod = hn::Mul(c, t[p]);
+            const auto odd = hn::And(hn::ShiftRight<15>(prod), one);
+            q[p] = hn::ShiftRight<15>(hn::Add(hn::Add(prod, bias), odd));
+        }
+        hn::StoreU(SaturateRow(q), d16, pDst + 8 * k);
+    }
+}
+
+// Dequantisation and inverse DCT of pSrc, leaving the output rows in v.
+HWY_INLINE void DequantInvRows(const Vqc16s* pSrc, const Vqc16u* pTable, BlockV16 (&v)[8]) {
+    const BlockD16 d16;
+    const BlockD32 d32;
+    const auto lo = hn::Set(d32, -32768), hi = hn::Set(d32, 32767);
+    BlockV32 x[kBlockParts][8], y[kBlockParts][8];
+    for (int k = 0; k < 8; ++k) {
+        BlockV32 c[kBlockParts], t[kBlockParts];
+        WidenRow<int16_t>(hn::LoadU(d16, pSrc + 8 * k), c);
+        WidenRow<int16_t>(hn::LoadU(d16, reinterpret_cast<const Vqc16s*>(pTable) + 8 * k), t);
+        for (size_t p = 0; p < kBlockParts; ++p) x[p][k] = hn::Min(hn::Max(hn::Mul(c[p], t[p]), lo), hi);
+    }
+    for (size_t p = 0; p < kBlockParts; ++p) InvLine<true>(x[p], y[p]);
+    for (int k = 0; k < 8; ++k) {
+        BlockV32 parts[kBlockParts];
+        for (size_t p = 0; p < kBlockParts; ++p) parts[p] = y[p][k];
+        v[k] = TruncateRow(parts);
+    }
+    Transpose8x8(v);
+    LinesIn32(v, InvLine<false>);
+    Transpose8x8(v);
+}
+
+#endif  // !VQCJ_SIMD_BASELINE
+
+void DCTQuantFwdLS8u(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* pDst, const Vqc16u* pTable) {
+#if VQCJ_SIMD_BASELINE
+    ownDCTQuantFwdLS8uPlain(pSrc, srcStep, pDst, pTable);
+#else
+    const hn::Rebind<uint8_t, BlockD16> d8;
+    const hn::Full128<uint16_t> du16;
+    const auto k128 = hn::Set(BlockD16(), 128);
+    BlockV16 v[8];
+    for (int32_t r = 0; r < 8; ++r)
+        v[r] = hn::Sub(hn::BitCast(BlockD16(), hn::PromoteTo(du16, hn::LoadU(d8, rowAt(pSrc, srcStep, r)))), k128);
+    FwdQuantRows(v, pDst, pTable);
+#endif
+}
+
+void DCTQuantFwd16s(const Vqc16s* pSrc, Vqc16s* pDst, const Vqc16u* pTable) {
+#if VQCJ_SIMD_BASELINE
+    ownDCTQuantFwd16sPlain(pSrc, pDst, pTable);
+#else
+    BlockV16 v[8];
+    for (int r = 0; r < 8; ++r) v[r] = hn::LoadU(BlockD16(), pSrc + 8 * r);
+    FwdQuantRows(v, pDst, pTable);
+#endif
+}
+
+void DCTQuantInvLS8u(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u* pTable) {
+#if VQCJ_SIMD_BASELINE
+    ownDCTQuantInvLS8uPlain(pSrc, pDst, dstStep, pTable);
+#else
+    const BlockD16 d16;
+    const hn::Rebind<uint8_t, BlockD16> d8;
+    BlockV16 v[8];
+    DequantInvRows(pSrc, pTable, v);
+    // Clamped in 16 bits, the +128 stays in 0..255 and the narrowing is exact.
+    const auto lo = hn::Set(d16, -128), hi = hn::Set(d16, 127), k128 = hn::Set(d16, 128);
+    for (int32_t r = 0; r < 8; ++r)
+        hn::StoreU(hn::DemoteTo(d8, hn::Add(hn::Min(hn::Max(v[r], lo), hi), k128)), d8, rowAt(pDst, dstStep, r));
+#endif
+}
+
+void DCTQuantInv16s(const Vqc16s* pSrc, Vqc16s* pDst, const Vqc16u* pTable) {
+#if VQCJ_SIMD_BASELINE
+    ownDCTQuantInv16sPlain(pSrc, pDst, pTable);
+#else
+    BlockV16 v[8];
+    DequantInvRows(pSrc, pTable, v);
+    for (int r = 0; r < 8; ++r) hn::StoreU(v[r], BlockD16(), pDst + 8 * r);
+#endif
+}
+
+}  // namespace vqcj::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace vqcj {
+
+HWY_EXPORT(DCTQuantFwdLS8u);
+HWY_EXPORT(DCTQuantFwd16s);
+HWY_EXPORT(DCTQuantInvLS8u);
+HWY_EXPORT(DCTQuantInv16s);
+
 }  // namespace vqcj
 
 using namespace vqcj;
@@ -40,9 +267,7 @@ extern "C" {
 VQCJ_API VqcStatus vqciDCTQuantFwd8x8LS_JPEG_8u16s_C1R(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* pDst,
                                                         const Vqc16u* pQuantFwdTable) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).step(srcStep).ptr(pQuantFwdTable)) return st;
-    ownSub128(pSrc, srcStep, pDst, 16, VqciSize{8, 8});
-    ownDCT8x8Fwd16s(pDst, pDst);
-    ownMulScale16u16s(pQuantFwdTable, pDst, pDst, 64, 15);
+    VQCJ_DISPATCH(DCTQuantFwdLS8u)(pSrc, srcStep, pDst, pQuantFwdTable);
     return vqcStatusOk;
 }
 
@@ -63,24 +288,20 @@ VQCJ_API VqcStatus vqciDCTQuantFwd8x8LS_JPEG_16u16s_C1R(const Vqc16u* pSrc, int3
 
 VQCJ_API VqcStatus vqciDCTQuantFwd8x8_JPEG_16s_C1(const Vqc16s* pSrc, Vqc16s* pDst, const Vqc16u* pQuantFwdTable) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).ptr(pQuantFwdTable)) return st;
-    ownDCT8x8Fwd16s(pSrc, pDst);
-    ownMulScale16u16s(pQuantFwdTable, pDst, pDst, 64, 15);
+    VQCJ_DISPATCH(DCTQuantFwd16s)(pSrc, pDst, pQuantFwdTable);
     return vqcStatusOk;
 }
 
 VQCJ_API VqcStatus vqciDCTQuantFwd8x8_JPEG_16s_C1I(Vqc16s* pSrcDst, const Vqc16u* pQuantFwdTable) {
     if (VqcStatus st = Check().ptr(pSrcDst).ptr(pQuantFwdTable)) return st;
-    ownDCT8x8Fwd16s(pSrcDst, pSrcDst);
-    ownMulScale16u16s(pQuantFwdTable, pSrcDst, pSrcDst, 64, 15);
+    VQCJ_DISPATCH(DCTQuantFwd16s)(pSrcDst, pSrcDst, pQuantFwdTable);
     return vqcStatusOk;
 }
 
 VQCJ_API VqcStatus vqciDCTQuantInv8x8LS_JPEG_16s8u_C1R(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep,
                                                         const Vqc16u* pQuantInvTable) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).step(dstStep).ptr(pQuantInvTable)) return st;
-    alignas(32) Vqc16s coef[64];
-    ownMulSat16sTo(pSrc, pQuantInvTable, coef, 64);
-    ownDCT8x8InvLS16s8u(coef, pDst, dstStep);
+    VQCJ_DISPATCH(DCTQuantInvLS8u)(pSrc, pDst, dstStep, pQuantInvTable);
     return vqcStatusOk;
 }
 
@@ -100,16 +321,15 @@ VQCJ_API VqcStatus vqciDCTQuantInv8x8LS_JPEG_16s16u_C1R(const Vqc16s* pSrc, Vqc1
 
 VQCJ_API VqcStatus vqciDCTQuantInv8x8_JPEG_16s_C1(const Vqc16s* pSrc, Vqc16s* pDst, const Vqc16u* pQuantInvTable) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).ptr(pQuantInvTable)) return st;
-    ownMulSat16sTo(pSrc, pQuantInvTable, pDst, 64);
-    ownDCT8x8Inv16s(pDst, pDst);
+    VQCJ_DISPATCH(DCTQuantInv16s)(pSrc, pDst, pQuantInvTable);
     return vqcStatusOk;
 }
 
 VQCJ_API VqcStatus vqciDCTQuantInv8x8_JPEG_16s_C1I(Vqc16s* pSrcDst, const Vqc16u* pQuantInvTable) {
     if (VqcStatus st = Check().ptr(pSrcDst).ptr(pQuantInvTable)) return st;
-    ownMulSat16sTo(pSrcDst, pQuantInvTable, pSrcDst, 64);
-    ownDCT8x8Inv16s(pSrcDst, pSrcDst);
+    VQCJ_DISPATCH(DCTQuantInv16s)(pSrcDst, pSrcDst, pQuantInvTable);
     return vqcStatusOk;
 }
 
 }  // extern "C"
+#endif  // HWY_ONCE
