@@ -1,10 +1,11 @@
-// Vector pieces for 8x8 blocks, shared by the block kernels: an 8x8
-// transpose and the move between a row of eight 16-bit lanes and 32-bit
-// vectors of the target (one of eight lanes, or two of four).
+// Vector pieces for 8x8 blocks, shared by the block kernels: a block held
+// in 32-bit lanes (integer or float), its transpose, and the moves between
+// rows of narrower values and those lanes.
 //
-// A block lives in eight 128-bit vectors, one row each. A one-dimensional
-// pass runs lane-wise: vector k holds element k of eight lines, so the
-// columns are lines as loaded and the rows are lines after a transpose.
+// A row of eight lanes is one vector of eight (AVX2, AVX-512) or two of
+// four. A one-dimensional pass runs lane-wise: vector k holds element k of
+// eight lines, so the columns are lines as loaded and the rows are lines
+// after a transpose.
 //
 // Included once per target from a kernel source, after highway.h.
 #if defined(VQCJ_FRAME_SIMDBLOCK_H_) == defined(HWY_TARGET_TOGGLE)
@@ -16,6 +17,8 @@
 
 #include <hwy/highway.h>
 
+#include <utility>
+
 #include "frame/simd.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -25,8 +28,6 @@ namespace hn = hwy::HWY_NAMESPACE;
 // The baseline target runs the plain routines and has no 128-bit vectors.
 #if !VQCJ_SIMD_BASELINE
 
-using BlockD16 = hn::Full128<int16_t>;
-using BlockV16 = hn::Vec<BlockD16>;
 using BlockD32 = hn::CappedTag<int32_t, 8>;
 using BlockV32 = hn::Vec<BlockD32>;
 using BlockDF = hn::CappedTag<float, 8>;
@@ -40,86 +41,70 @@ using BlockVF = hn::Vec<BlockDF>;
 inline constexpr size_t kBlockParts = VQCJ_BLOCK_PARTS;
 static_assert(kBlockParts * hn::MaxLanes(BlockD32()) == 8);
 
-// Transposes eight rows of eight 16-bit lanes in place.
-HWY_INLINE void Transpose8x8(BlockV16 (&v)[8]) {
-    const BlockD16 d16;
-    const hn::Repartition<int32_t, BlockD16> d32;
-    const hn::Repartition<int64_t, BlockD16> d64;
-    BlockV16 a[8];
-    for (int i = 0; i < 4; ++i) {
-        a[2 * i] = hn::InterleaveLower(d16, v[2 * i], v[2 * i + 1]);
-        a[2 * i + 1] = hn::InterleaveUpper(d16, v[2 * i], v[2 * i + 1]);
+// A block in 32-bit lanes: v[p][k] holds row k, columns 4p.. (two parts of
+// four lanes) or all eight columns (one part of eight).
+template <class D>
+using Block32 = hn::Vec<D>[kBlockParts][8];
+
+// Transposes four rows of four 32-bit lanes within each 128-bit block.
+template <class D>
+HWY_INLINE void Transpose4x4(D d, hn::Vec<D>& r0, hn::Vec<D>& r1, hn::Vec<D>& r2, hn::Vec<D>& r3) {
+    const hn::Repartition<uint64_t, D> d64;
+    const auto a0 = hn::BitCast(d64, hn::InterleaveLower(d, r0, r1));
+    const auto a1 = hn::BitCast(d64, hn::InterleaveUpper(d, r0, r1));
+    const auto a2 = hn::BitCast(d64, hn::InterleaveLower(d, r2, r3));
+    const auto a3 = hn::BitCast(d64, hn::InterleaveUpper(d, r2, r3));
+    r0 = hn::BitCast(d, hn::InterleaveLower(d64, a0, a2));
+    r1 = hn::BitCast(d, hn::InterleaveUpper(d64, a0, a2));
+    r2 = hn::BitCast(d, hn::InterleaveLower(d64, a1, a3));
+    r3 = hn::BitCast(d, hn::InterleaveUpper(d64, a1, a3));
+}
+
+// Transposes a block of 32-bit lanes in place.
+template <class D>
+HWY_INLINE void Transpose8x8(D d, Block32<D>& v) {
+#if VQCJ_BLOCK_PARTS == 1
+    auto* r = v[0];
+    Transpose4x4(d, r[0], r[1], r[2], r[3]);
+    Transpose4x4(d, r[4], r[5], r[6], r[7]);
+    for (int j = 0; j < 4; ++j) {
+        const auto top = r[j], bottom = r[j + 4];
+        r[j] = hn::ConcatLowerLower(d, bottom, top);
+        r[j + 4] = hn::ConcatUpperUpper(d, bottom, top);
     }
-    // b[0..3]: columns 0-1, 2-3, 4-5, 6-7 of rows 0-3; b[4..7] of rows 4-7.
-    hn::Vec<decltype(d32)> b[8];
-    for (int h = 0; h < 2; ++h)
-        for (int i = 0; i < 2; ++i) {
-            const auto lo = hn::BitCast(d32, a[4 * h + i]), hi = hn::BitCast(d32, a[4 * h + i + 2]);
-            b[4 * h + 2 * i] = hn::InterleaveLower(d32, lo, hi);
-            b[4 * h + 2 * i + 1] = hn::InterleaveUpper(d32, lo, hi);
-        }
-    for (int i = 0; i < 4; ++i) {
-        const auto top = hn::BitCast(d64, b[i]), bottom = hn::BitCast(d64, b[i + 4]);
-        v[2 * i] = hn::BitCast(d16, hn::InterleaveLower(d64, top, bottom));
-        v[2 * i + 1] = hn::BitCast(d16, hn::InterleaveUpper(d64, top, bottom));
-    }
-}
-
-// Row of eight 16-bit lanes, signed or not, to 32-bit parts, lanes in order.
-template <class T>
-HWY_INLINE void WidenRow(hn::Vec<hn::Full128<T>> v, BlockV32 (&x)[kBlockParts]) {
-    const BlockD32 d32;
-#if VQCJ_BLOCK_PARTS == 1
-    x[0] = hn::PromoteTo(d32, v);
 #else
-    x[0] = hn::PromoteTo(d32, hn::LowerHalf(v));
-    x[1] = hn::PromoteTo(d32, hn::UpperHalf(hn::Half<hn::Full128<T>>(), v));
+    for (int p = 0; p < 2; ++p)
+        for (int h = 0; h < 2; ++h) Transpose4x4(d, v[p][4 * h], v[p][4 * h + 1], v[p][4 * h + 2], v[p][4 * h + 3]);
+    for (int j = 0; j < 4; ++j) std::swap(v[0][4 + j], v[1][j]);
 #endif
 }
 
-// 32-bit parts to a row of 16-bit lanes, each cut to its low 16 bits.
-HWY_INLINE BlockV16 TruncateRow(const BlockV32 (&y)[kBlockParts]) {
-    const BlockD16 d16;
-    const hn::RebindToUnsigned<BlockD32> du32;
-    const hn::Rebind<uint16_t, BlockD32> du16;
+// Row of eight lanes (8- or 16-bit, signed or not) to 32-bit parts.
+template <class D, class V>
+HWY_INLINE void WidenRow(D d, V v, hn::Vec<D> (&x)[kBlockParts]) {
 #if VQCJ_BLOCK_PARTS == 1
-    return hn::BitCast(d16, hn::TruncateTo(du16, hn::BitCast(du32, y[0])));
+    x[0] = hn::PromoteTo(d, v);
 #else
-    const hn::Half<BlockD16> dh;
-    return hn::Combine(d16, hn::BitCast(dh, hn::TruncateTo(du16, hn::BitCast(du32, y[1]))),
-                       hn::BitCast(dh, hn::TruncateTo(du16, hn::BitCast(du32, y[0]))));
+    x[0] = hn::PromoteTo(d, hn::LowerHalf(v));
+    x[1] = hn::PromoteTo(d, hn::UpperHalf(hn::Half<hn::DFromV<V>>(), v));
 #endif
 }
 
-// 32-bit parts to a row of 16-bit lanes, saturated.
-HWY_INLINE BlockV16 SaturateRow(const BlockV32 (&y)[kBlockParts]) {
-    const BlockD16 d16;
-#if VQCJ_BLOCK_PARTS == 1
-    return hn::DemoteTo(d16, y[0]);
-#else
-    const hn::Half<BlockD16> dh;
-    return hn::Combine(d16, hn::DemoteTo(dh, y[1]), hn::DemoteTo(dh, y[0]));
-#endif
+// Eight values from p to 32-bit parts.
+template <class D, class T>
+HWY_INLINE void LoadRow(D d, const T* p, hn::Vec<D> (&x)[kBlockParts]) {
+    WidenRow(d, hn::LoadU(hn::CappedTag<T, 8>(), p), x);
 }
 
-// Runs line(x, y) on the eight lines of v in 32-bit lanes, part by part,
-// and leaves its results in v cut to 16 bits: the fixed-point passes keep
+// 32-bit parts to eight 16-bit values at p, saturated.
+HWY_INLINE void StoreRowSat(const BlockV32 (&y)[kBlockParts], int16_t* p) {
+    const hn::Rebind<int16_t, BlockD32> d16;
+    for (size_t i = 0; i < kBlockParts; ++i) hn::StoreU(hn::DemoteTo(d16, y[i]), d16, p + 4 * i);
+}
+
+// The low 16 bits of each lane, read with sign: the fixed-point passes keep
 // 32 bits within a pass and 16 between passes.
-template <class Line>
-HWY_INLINE void LinesIn32(BlockV16 (&v)[8], Line line) {
-    BlockV32 x[kBlockParts][8], y[kBlockParts][8];
-    for (int k = 0; k < 8; ++k) {
-        BlockV32 parts[kBlockParts];
-        WidenRow<int16_t>(v[k], parts);
-        for (size_t p = 0; p < kBlockParts; ++p) x[p][k] = parts[p];
-    }
-    for (size_t p = 0; p < kBlockParts; ++p) line(x[p], y[p]);
-    for (int k = 0; k < 8; ++k) {
-        BlockV32 parts[kBlockParts];
-        for (size_t p = 0; p < kBlockParts; ++p) parts[p] = y[p][k];
-        v[k] = TruncateRow(parts);
-    }
-}
+HWY_INLINE BlockV32 Cut16(BlockV32 v) { return hn::ShiftRight<16>(hn::ShiftLeft<16>(v)); }
 
 #undef VQCJ_BLOCK_PARTS
 #endif  // !VQCJ_SIMD_BASELINE

@@ -141,59 +141,63 @@ HWY_INLINE void InvLine(const BlockV32 (&i)[8], BlockV32 (&y)[8]) {
     y[3] = RoundShift<kBits>(hn::Add(V, I)), y[4] = RoundShift<kBits>(hn::Sub(V, I));
 }
 
+using IntBlock = Block32<BlockD32>;
+
+// Runs a line function over the eight lines of each part, cutting the
+// results to 16 bits for the next pass.
+template <class Line>
+HWY_INLINE void PassCut(IntBlock& v, Line line) {
+    for (size_t p = 0; p < kBlockParts; ++p) {
+        BlockV32 y[8];
+        line(v[p], y);
+        for (int k = 0; k < 8; ++k) v[p][k] = Cut16(y[k]);
+    }
+}
+
 // Forward DCT of the rows v and quantisation into pDst: the column pass
 // ends in 32 bits, where the 16-bit cut, the product with the unsigned
 // table entry (exact: below 2^31 in magnitude), the rounding half to even
 // and the saturation happen lane-wise.
-HWY_INLINE void FwdQuantRows(BlockV16 (&v)[8], Vqc16s* pDst, const Vqc16u* pTable) {
-    const BlockD16 d16;
-    const hn::Full128<uint16_t> du16;
+HWY_INLINE void FwdQuantRows(IntBlock& v, Vqc16s* pDst, const Vqc16u* pTable) {
     const BlockD32 d32;
-    Transpose8x8(v);
-    LinesIn32(v, FwdLine<true>);
-    Transpose8x8(v);
-    BlockV32 x[kBlockParts][8], y[kBlockParts][8];
-    for (int k = 0; k < 8; ++k) {
-        BlockV32 parts[kBlockParts];
-        WidenRow<int16_t>(v[k], parts);
-        for (size_t p = 0; p < kBlockParts; ++p) x[p][k] = parts[p];
-    }
-    for (size_t p = 0; p < kBlockParts; ++p) FwdLine<false>(x[p], y[p]);
+    Transpose8x8(d32, v);
+    PassCut(v, FwdLine<true>);
+    Transpose8x8(d32, v);
     const auto bias = hn::Set(d32, 16383), one = hn::Set(d32, 1);
+    BlockV32 y[kBlockParts][8];
+    for (size_t p = 0; p < kBlockParts; ++p) FwdLine<false>(v[p], y[p]);
     for (int k = 0; k < 8; ++k) {
         BlockV32 t[kBlockParts], q[kBlockParts];
-        WidenRow<uint16_t>(hn::LoadU(du16, pTable + 8 * k), t);
+        LoadRow(d32, pTable + 8 * k, t);
         for (size_t p = 0; p < kBlockParts; ++p) {
-            const auto c = hn::ShiftRight<16>(hn::ShiftLeft<16>(y[p][k]));
-            const auto prod = hn::Mul(c, t[p]);
+            const auto prod = hn::Mul(Cut16(y[p][k]), t[p]);
             const auto odd = hn::And(hn::ShiftRight<15>(prod), one);
             q[p] = hn::ShiftRight<15>(hn::Add(hn::Add(prod, bias), odd));
         }
-        hn::StoreU(SaturateRow(q), d16, pDst + 8 * k);
+        StoreRowSat(q, pDst + 8 * k);
     }
 }
 
-// Dequantisation and inverse DCT of pSrc, leaving the output rows in v.
-HWY_INLINE void DequantInvRows(const Vqc16s* pSrc, const Vqc16u* pTable, BlockV16 (&v)[8]) {
-    const BlockD16 d16;
+// Dequantisation and inverse DCT of pSrc, leaving the output rows in v,
+// each value the 16-bit result read with sign. The saturating products are
+// taken in 16-bit lanes by their halves, as in the plain routine.
+HWY_INLINE void DequantInvRows(const Vqc16s* pSrc, const Vqc16u* pTable, IntBlock& v) {
     const BlockD32 d32;
-    const auto lo = hn::Set(d32, -32768), hi = hn::Set(d32, 32767);
-    BlockV32 x[kBlockParts][8], y[kBlockParts][8];
+    const hn::Full128<int16_t> d16;
+    const auto k7FFF = hn::Set(d16, 0x7FFF);
     for (int k = 0; k < 8; ++k) {
-        BlockV32 c[kBlockParts], t[kBlockParts];
-        WidenRow<int16_t>(hn::LoadU(d16, pSrc + 8 * k), c);
-        WidenRow<int16_t>(hn::LoadU(d16, reinterpret_cast<const Vqc16s*>(pTable) + 8 * k), t);
-        for (size_t p = 0; p < kBlockParts; ++p) x[p][k] = hn::Min(hn::Max(hn::Mul(c[p], t[p]), lo), hi);
+        const auto c = hn::LoadU(d16, pSrc + 8 * k);
+        const auto t = hn::LoadU(d16, reinterpret_cast<const Vqc16s*>(pTable) + 8 * k);
+        const auto lo = hn::Mul(c, t), hi = hn::MulHigh(c, t);
+        const auto sat = hn::Xor(hn::ShiftRight<15>(hi), k7FFF);
+        BlockV32 x[kBlockParts];
+        WidenRow(d32, hn::IfThenElse(hn::Eq(hi, hn::ShiftRight<15>(lo)), lo, sat), x);
+        for (size_t p = 0; p < kBlockParts; ++p) v[p][k] = x[p];
     }
-    for (size_t p = 0; p < kBlockParts; ++p) InvLine<true>(x[p], y[p]);
-    for (int k = 0; k < 8; ++k) {
-        BlockV32 parts[kBlockParts];
-        for (size_t p = 0; p < kBlockParts; ++p) parts[p] = y[p][k];
-        v[k] = TruncateRow(parts);
-    }
-    Transpose8x8(v);
-    LinesIn32(v, InvLine<false>);
-    Transpose8x8(v);
+    PassCut(v, InvLine<true>);
+    Transpose8x8(d32, v);
+    PassCut(v, InvLine<false>);
+    Transpose8x8(d32, v);
 }
 
 #endif  // !VQCJ_SIMD_BASELINE
@@ -202,12 +206,14 @@ void DCTQuantFwdLS8u(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* pDst, const Vqc
 #if VQCJ_SIMD_BASELINE
     ownDCTQuantFwdLS8uPlain(pSrc, srcStep, pDst, pTable);
 #else
-    const hn::Rebind<uint8_t, BlockD16> d8;
-    const hn::Full128<uint16_t> du16;
-    const auto k128 = hn::Set(BlockD16(), 128);
-    BlockV16 v[8];
-    for (int32_t r = 0; r < 8; ++r)
-        v[r] = hn::Sub(hn::BitCast(BlockD16(), hn::PromoteTo(du16, hn::LoadU(d8, rowAt(pSrc, srcStep, r)))), k128);
+    const BlockD32 d32;
+    const auto k128 = hn::Set(d32, 128);
+    IntBlock v;
+    for (int32_t r = 0; r < 8; ++r) {
+        BlockV32 x[kBlockParts];
+        LoadRow(d32, rowAt(pSrc, srcStep, r), x);
+        for (size_t p = 0; p < kBlockParts; ++p) v[p][r] = hn::Sub(x[p], k128);
+    }
     FwdQuantRows(v, pDst, pTable);
 #endif
 }
@@ -216,8 +222,13 @@ void DCTQuantFwd16s(const Vqc16s* pSrc, Vqc16s* pDst, const Vqc16u* pTable) {
 #if VQCJ_SIMD_BASELINE
     ownDCTQuantFwd16sPlain(pSrc, pDst, pTable);
 #else
-    BlockV16 v[8];
-    for (int r = 0; r < 8; ++r) v[r] = hn::LoadU(BlockD16(), pSrc + 8 * r);
+    const BlockD32 d32;
+    IntBlock v;
+    for (int r = 0; r < 8; ++r) {
+        BlockV32 x[kBlockParts];
+        LoadRow(d32, pSrc + 8 * r, x);
+        for (size_t p = 0; p < kBlockParts; ++p) v[p][r] = x[p];
+    }
     FwdQuantRows(v, pDst, pTable);
 #endif
 }
@@ -226,14 +237,16 @@ void DCTQuantInvLS8u(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc
 #if VQCJ_SIMD_BASELINE
     ownDCTQuantInvLS8uPlain(pSrc, pDst, dstStep, pTable);
 #else
-    const BlockD16 d16;
-    const hn::Rebind<uint8_t, BlockD16> d8;
-    BlockV16 v[8];
+    const BlockD32 d32;
+    const hn::Rebind<uint8_t, BlockD32> d8;
+    IntBlock v;
     DequantInvRows(pSrc, pTable, v);
-    // Clamped in 16 bits, the +128 stays in 0..255 and the narrowing is exact.
-    const auto lo = hn::Set(d16, -128), hi = hn::Set(d16, 127), k128 = hn::Set(d16, 128);
+    // Clamped first, the +128 stays in 0..255 and the narrowing is exact.
+    const auto lo = hn::Set(d32, -128), hi = hn::Set(d32, 127), k128 = hn::Set(d32, 128);
     for (int32_t r = 0; r < 8; ++r)
-        hn::StoreU(hn::DemoteTo(d8, hn::Add(hn::Min(hn::Max(v[r], lo), hi), k128)), d8, rowAt(pDst, dstStep, r));
+        for (size_t p = 0; p < kBlockParts; ++p)
+            hn::StoreU(hn::DemoteTo(d8, hn::Add(hn::Min(hn::Max(v[p][r], lo), hi), k128)), d8,
+                       rowAt(pDst, dstStep, r) + 4 * p);
 #endif
 }
 
@@ -241,9 +254,13 @@ void DCTQuantInv16s(const Vqc16s* pSrc, Vqc16s* pDst, const Vqc16u* pTable) {
 #if VQCJ_SIMD_BASELINE
     ownDCTQuantInv16sPlain(pSrc, pDst, pTable);
 #else
-    BlockV16 v[8];
+    IntBlock v;
     DequantInvRows(pSrc, pTable, v);
-    for (int r = 0; r < 8; ++r) hn::StoreU(v[r], BlockD16(), pDst + 8 * r);
+    for (int r = 0; r < 8; ++r) {
+        BlockV32 y[kBlockParts];
+        for (size_t p = 0; p < kBlockParts; ++p) y[p] = v[p][r];
+        StoreRowSat(y, pDst + 8 * r);
+    }
 #endif
 }
 
