@@ -79,6 +79,12 @@ HWY_INLINE void Transpose8x8(D d, Block32<D>& v) {
 #endif
 }
 
+// Row k of a block, lanes reversed, as parts.
+template <class D>
+HWY_INLINE void ReverseRow(D d, const Block32<D>& v, int k, hn::Vec<D> (&rev)[kBlockParts]) {
+    for (size_t p = 0; p < kBlockParts; ++p) rev[p] = hn::Reverse(d, v[kBlockParts - 1 - p][k]);
+}
+
 // Row of eight lanes (8- or 16-bit, signed or not) to 32-bit parts.
 template <class D, class V>
 HWY_INLINE void WidenRow(D d, V v, hn::Vec<D> (&x)[kBlockParts]) {

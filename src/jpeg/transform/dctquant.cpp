@@ -69,6 +69,29 @@ void ownDCTQuantInv16sPlain(const Vqc16s* pSrc, Vqc16s* pDst, const Vqc16u* pTab
     ownDCT8x8Inv16s(pDst, pDst);
 }
 
+void ownDCTQuantFwdLS16uPlain(const Vqc16u* pSrc, int32_t srcStep, Vqc16s* pDst, const Vqc32f* pTable) {
+    // The step is in bytes and need not keep 16-bit alignment.
+    Vqc16u px[64];
+    for (int32_t r = 0; r < 8; ++r) std::memcpy(px + 8 * r, rowAt(pSrc, srcStep, r), 16);
+    alignas(32) Vqc32f block[64];
+    for (int32_t i = 0; i < 64; ++i) block[i] = static_cast<Vqc32f>(px[i]);
+    for (int32_t i = 0; i < 64; ++i) block[i] -= 2048.0f;
+    ownDCT8x8Fwd32f(block);
+    for (int32_t i = 0; i < 64; ++i)
+        pDst[i] = static_cast<Vqc16s>(roundSaturated(block[i] * pTable[i], -32768, 32767));
+}
+
+void ownDCTQuantInvLS16uPlain(const Vqc16s* pSrc, Vqc16u* pDst, int32_t dstStep, const Vqc32f* pTable) {
+    alignas(32) Vqc32f block[64];
+    for (int32_t i = 0; i < 64; ++i) block[i] = static_cast<Vqc32f>(pSrc[i]) * pTable[i];
+    ownDCT8x8Inv32f(block);
+    // Saturating to 0..65535, rounding and then limiting to 4095 is the same
+    // as saturating to 0..4095 at once. The step is in bytes.
+    Vqc16u px[64];
+    for (int32_t i = 0; i < 64; ++i) px[i] = static_cast<Vqc16u>(roundSaturated(block[i] + 2048.0f, 0, 4095));
+    for (int32_t r = 0; r < 8; ++r) std::memcpy(rowAt(pDst, dstStep, r), px + 8 * r, 16);
+}
+
 }  // namespace vqcj
 #endif  // VQCJ_DCTQUANT_ONCE
 
@@ -202,6 +225,161 @@ HWY_INLINE void DequantInvRows(const Vqc16s* pSrc, const Vqc16u* pTable, IntBloc
 
 #endif  // !VQCJ_SIMD_BASELINE
 
+#if !VQCJ_SIMD_BASELINE
+// ---- Single precision ------------------------------------------------------
+
+using FloatBlock = Block32<BlockDF>;
+
+HWY_INLINE BlockVF MulC(float k, BlockVF v) { return hn::Mul(hn::Set(BlockDF(), k), v); }
+
+// The float lines of dct.cpp, lane-wise, in the same order of operations.
+HWY_INLINE void FwdLine32f(BlockVF (&z)[8]) {
+    const auto e0 = z[0], e1 = z[1], e2 = z[2], e3 = z[3];
+    const auto d0 = z[7], d1 = z[6], d2 = z[5], d3 = z[4];
+    const auto a = hn::Add(e0, e3), b = hn::Add(e1, e2), c = hn::Sub(e0, e3), m = hn::Sub(e1, e2);
+    const auto w = MulC(0.70710677f, hn::Add(m, c));
+    z[0] = hn::Add(a, b), z[4] = hn::Sub(a, b), z[2] = hn::Add(c, w), z[6] = hn::Sub(c, w);
+    const auto d12 = hn::Add(d1, d2), d23 = hn::Add(d2, d3), d01 = hn::Add(d0, d1);
+    const auto p = hn::Add(MulC(0.76536685f, d12), MulC(1.0823922f, d0));
+    const auto q = hn::Sub(MulC(1.0823922f, d0), MulC(0.76536685f, d12));
+    const auto r = hn::Add(MulC(0.41421357f, d23), d01);
+    const auto s = hn::Sub(d23, MulC(0.41421357f, d01));
+    z[1] = hn::Add(p, r), z[7] = hn::Sub(p, r), z[5] = hn::Add(q, s), z[3] = hn::Sub(q, s);
+}
+
+HWY_INLINE void InvLine32f(BlockVF (&a)[8]) {
+    const auto s04 = hn::Add(a[0], a[4]), d04 = hn::Sub(a[0], a[4]);
+    const auto s26 = hn::Add(a[2], a[6]), d26 = hn::Sub(a[2], a[6]);
+    const auto s35 = hn::Add(a[3], a[5]), s17 = hn::Add(a[1], a[7]);
+    const auto d53 = hn::Sub(a[5], a[3]), d17 = hn::Sub(a[1], a[7]);
+    BlockVF t[8];
+    t[0] = hn::Add(s04, s26), t[4] = hn::Sub(s04, s26);
+    const auto e = hn::Sub(MulC(1.4142135f, d26), s26);
+    t[6] = hn::Add(d04, e), t[2] = hn::Sub(d04, e);
+    t[7] = MulC(0.5411961f, hn::Add(s35, s17));
+    t[1] = hn::Sub(hn::Sub(d17, MulC(0.41421357f, d53)), t[7]);
+    t[5] = hn::Sub(MulC(0.76536685f, hn::Sub(s17, s35)), t[1]);
+    t[3] = hn::Sub(hn::Add(d53, MulC(0.41421357f, d17)), t[5]);
+    for (int k = 0; k < 8; ++k) a[k] = t[k];
+}
+
+// Butterflies of the elements k and 7 - k within each row, on the row and
+// its reverse: sums at 0..3, and at 4..7 the differences z[7-j] - z[j] or,
+// where `alternate` and the lane is even, z[j] - z[7-j], as the inverse
+// transform's output stage has them.
+HWY_INLINE void RowButterflies(FloatBlock& v, bool alternate) {
+    const BlockDF df;
+    const hn::RebindToSigned<BlockDF> di;
+    for (int k = 0; k < 8; ++k) {
+        BlockVF rev[kBlockParts];
+        ReverseRow(df, v, k, rev);
+        for (size_t p = 0; p < kBlockParts; ++p) {
+            const auto lane = hn::Add(hn::Iota(di, 0), hn::Set(di, static_cast<int32_t>(4 * p)));
+            const auto low = hn::RebindMask(df, hn::Lt(lane, hn::Set(di, 4)));
+            const auto even = hn::RebindMask(df, hn::Eq(hn::And(lane, hn::Set(di, 1)), hn::Zero(di)));
+            const auto x = v[p][k], r = rev[p];
+            const auto diff = alternate ? hn::IfThenElse(even, hn::Sub(x, r), hn::Sub(r, x)) : hn::Sub(r, x);
+            v[p][k] = hn::IfThenElse(low, hn::Add(x, r), diff);
+        }
+    }
+}
+
+// The same butterflies between rows k and 7 - k.
+HWY_INLINE void ColumnButterflies(FloatBlock& v, bool alternate) {
+    for (size_t p = 0; p < kBlockParts; ++p)
+        for (int k = 0; k < 4; ++k) {
+            const auto x = v[p][k], y = v[p][7 - k];
+            v[p][k] = hn::Add(x, y);
+            v[p][7 - k] = alternate && (k & 1) ? hn::Sub(y, x) : hn::Sub(x, y);
+        }
+}
+
+HWY_INLINE void EachPart(FloatBlock& v, void (*line)(BlockVF (&)[8])) {
+    for (size_t p = 0; p < kBlockParts; ++p) line(v[p]);
+}
+
+// v * table, rounded half to even and saturated to lo..hi as roundSaturated
+// does: the magnitude is limited on the bit pattern, then 1.5 * 2^23 added
+// and taken away.
+HWY_INLINE hn::Vec<hn::RebindToSigned<BlockDF>> RoundSaturated(BlockVF v, int32_t lo, int32_t hi) {
+    const BlockDF df;
+    const hn::RebindToSigned<BlockDF> di;
+    const auto bits = hn::BitCast(di, v);
+    const auto sign = hn::And(bits, hn::Set(di, INT32_MIN));
+    const auto mag = hn::Min(hn::And(bits, hn::Set(di, 0x7FFFFFFF)), hn::Set(di, std::bit_cast<int32_t>(2097152.0f)));
+    const auto magic = hn::Set(df, 12582912.0f);
+    const auto r = hn::Sub(hn::Add(hn::BitCast(df, hn::Or(mag, sign)), magic), magic);
+    return hn::Min(hn::Max(hn::ConvertTo(di, r), hn::Set(di, lo)), hn::Set(di, hi));
+}
+
+#endif  // !VQCJ_SIMD_BASELINE
+
+void DCTQuantFwdLS16u(const Vqc16u* pSrc, int32_t srcStep, Vqc16s* pDst, const Vqc32f* pTable) {
+#if VQCJ_SIMD_BASELINE
+    ownDCTQuantFwdLS16uPlain(pSrc, srcStep, pDst, pTable);
+#else
+    const BlockDF df;
+    const hn::RebindToSigned<BlockDF> di;
+    const hn::Rebind<int16_t, BlockDF> d16;
+    const size_t n = hn::Lanes(df);
+    FloatBlock v;
+    for (int32_t r = 0; r < 8; ++r) {
+        hn::Vec<decltype(di)> x[kBlockParts];
+        LoadRow(di, rowAt(pSrc, srcStep, r), x);
+        for (size_t p = 0; p < kBlockParts; ++p) v[p][r] = hn::Sub(hn::ConvertTo(df, x[p]), hn::Set(df, 2048.0f));
+    }
+    // Both first butterflies, the pairs within a row first; the columns'
+    // lines, then the rows' lines on the transpose.
+    RowButterflies(v, false);
+    ColumnButterflies(v, false);
+    EachPart(v, FwdLine32f);
+    Transpose8x8(df, v);
+    EachPart(v, FwdLine32f);
+    Transpose8x8(df, v);
+    for (int r = 0; r < 8; ++r)
+        for (size_t p = 0; p < kBlockParts; ++p) {
+            const size_t i = 8 * r + n * p;
+            const auto scaled = hn::Mul(v[p][r], hn::LoadU(df, ownDctFwdScale32f.data() + i));
+            hn::StoreU(hn::DemoteTo(d16, RoundSaturated(hn::Mul(scaled, hn::LoadU(df, pTable + i)), -32768, 32767)),
+                       d16, pDst + i);
+        }
+#endif
+}
+
+void DCTQuantInvLS16u(const Vqc16s* pSrc, Vqc16u* pDst, int32_t dstStep, const Vqc32f* pTable) {
+#if VQCJ_SIMD_BASELINE
+    ownDCTQuantInvLS16uPlain(pSrc, pDst, dstStep, pTable);
+#else
+    const BlockDF df;
+    const hn::RebindToSigned<BlockDF> di;
+    const hn::Rebind<uint16_t, BlockDF> du16;
+    const size_t n = hn::Lanes(df);
+    FloatBlock v;
+    for (int r = 0; r < 8; ++r) {
+        hn::Vec<decltype(di)> x[kBlockParts];
+        LoadRow(di, pSrc + 8 * r, x);
+        for (size_t p = 0; p < kBlockParts; ++p) {
+            const size_t i = 8 * r + n * p;
+            const auto dq = hn::Mul(hn::ConvertTo(df, x[p]), hn::LoadU(df, pTable + i));
+            v[p][r] = hn::Mul(dq, hn::LoadU(df, ownDctInvScale32f.data() + i));
+        }
+    }
+    // The rows' lines on the transpose, the columns' lines, then the output
+    // butterflies, those within a row first.
+    Transpose8x8(df, v);
+    EachPart(v, InvLine32f);
+    Transpose8x8(df, v);
+    EachPart(v, InvLine32f);
+    RowButterflies(v, true);
+    ColumnButterflies(v, true);
+    for (int r = 0; r < 8; ++r)
+        for (size_t p = 0; p < kBlockParts; ++p)
+            hn::StoreU(hn::DemoteTo(du16, RoundSaturated(hn::Add(v[p][r], hn::Set(df, 2048.0f)), 0, 4095)), du16,
+                       rowAt(pDst, dstStep, r) + n * p);
+#endif
+}
+
+
 void DCTQuantFwdLS8u(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* pDst, const Vqc16u* pTable) {
 #if VQCJ_SIMD_BASELINE
     ownDCTQuantFwdLS8uPlain(pSrc, srcStep, pDst, pTable);
@@ -274,6 +452,8 @@ HWY_EXPORT(DCTQuantFwdLS8u);
 HWY_EXPORT(DCTQuantFwd16s);
 HWY_EXPORT(DCTQuantInvLS8u);
 HWY_EXPORT(DCTQuantInv16s);
+HWY_EXPORT(DCTQuantFwdLS16u);
+HWY_EXPORT(DCTQuantInvLS16u);
 
 }  // namespace vqcj
 
@@ -291,15 +471,7 @@ VQCJ_API VqcStatus vqciDCTQuantFwd8x8LS_JPEG_8u16s_C1R(const Vqc8u* pSrc, int32_
 VQCJ_API VqcStatus vqciDCTQuantFwd8x8LS_JPEG_16u16s_C1R(const Vqc16u* pSrc, int32_t srcStep, Vqc16s* pDst,
                                                          const Vqc32f* pQuantFwdTable) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).step(srcStep).ptr(pQuantFwdTable)) return st;
-    // The step is in bytes and need not keep 16-bit alignment.
-    Vqc16u px[64];
-    for (int32_t r = 0; r < 8; ++r) std::memcpy(px + 8 * r, rowAt(pSrc, srcStep, r), 16);
-    alignas(32) Vqc32f block[64];
-    for (int32_t i = 0; i < 64; ++i) block[i] = static_cast<Vqc32f>(px[i]);
-    for (int32_t i = 0; i < 64; ++i) block[i] -= 2048.0f;
-    ownDCT8x8Fwd32f(block);
-    for (int32_t i = 0; i < 64; ++i)
-        pDst[i] = static_cast<Vqc16s>(roundSaturated(block[i] * pQuantFwdTable[i], -32768, 32767));
+    VQCJ_DISPATCH(DCTQuantFwdLS16u)(pSrc, srcStep, pDst, pQuantFwdTable);
     return vqcStatusOk;
 }
 
@@ -325,14 +497,7 @@ VQCJ_API VqcStatus vqciDCTQuantInv8x8LS_JPEG_16s8u_C1R(const Vqc16s* pSrc, Vqc8u
 VQCJ_API VqcStatus vqciDCTQuantInv8x8LS_JPEG_16s16u_C1R(const Vqc16s* pSrc, Vqc16u* pDst, int32_t dstStep,
                                                          const Vqc32f* pQuantInvTable) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).step(dstStep).ptr(pQuantInvTable)) return st;
-    alignas(32) Vqc32f block[64];
-    for (int32_t i = 0; i < 64; ++i) block[i] = static_cast<Vqc32f>(pSrc[i]) * pQuantInvTable[i];
-    ownDCT8x8Inv32f(block);
-    // Saturating to 0..65535, rounding and then limiting to 4095 is the same
-    // as saturating to 0..4095 at once. The step is in bytes.
-    Vqc16u px[64];
-    for (int32_t i = 0; i < 64; ++i) px[i] = static_cast<Vqc16u>(roundSaturated(block[i] + 2048.0f, 0, 4095));
-    for (int32_t r = 0; r < 8; ++r) std::memcpy(rowAt(pDst, dstStep, r), px + 8 * r, 16);
+    VQCJ_DISPATCH(DCTQuantInvLS16u)(pSrc, pDst, dstStep, pQuantInvTable);
     return vqcStatusOk;
 }
 

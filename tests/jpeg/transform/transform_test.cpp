@@ -173,20 +173,30 @@ TEST(TransformKernels, EveryTarget) {
         if (n % 3 == 0)
             for (int i = 0; i < 64; ++i) table[i] = static_cast<int16_t>(1 << (i + n) % 16);
         const int32_t step = 8 + n % 7 * 5;  // bytes, odd or even, in rows of 8 bytes or of 8 16-bit values
-        std::vector<uint8_t> src(size_t(step) * 7 + 16);
+        std::vector<uint8_t> src(size_t(step) * 7 + 16);  // read as bytes or 16-bit values
         for (size_t i = 0; i < src.size(); ++i) src[i] = static_cast<uint8_t>(in[i % 64] >> (n % 2 ? 8 : 0));
+        // Float tables: powers of two, whose products meet ties, or the
+        // integer table scaled, with an overflow to infinity now and then.
+        std::array<float, 64> ftable;
+        for (int i = 0; i < 64; ++i)
+            ftable[i] = n % 3 == 0 ? std::ldexp(1.0f, i % 8 - 4) : i == n % 64 && n % 5 == 0 ? 1e38f : (table[i] & 0xFFF) / 64.0f;
         const auto run = [&] {
-            std::vector<int16_t> out(6 * 64);
-            std::vector<uint8_t> px(size_t(step) * 8, 0xA5);
+            std::vector<int16_t> out(8 * 64);
+            std::vector<uint8_t> px(size_t(step + 8) * 8 + 16, 0xA5);
             int16_t* o = out.data();
-            auto each = [&](int e, const void* s, int32_t st) {
+            auto each = [&](int e, const void* s, int32_t st, const void* t, bool toPx = false) {
                 std::copy(in.begin(), in.end(), o);
-                EXPECT_EQ(kExports[e].first({{s}, {e == kInvLS8 ? static_cast<void*>(px.data()) : o}, st, {table.data()}, 0}), 0) << e;
+                EXPECT_EQ(kExports[e].first({{s}, {toPx ? static_cast<void*>(px.data()) : o}, st, {t}, 0}), 0) << e;
                 o += 64;
             };
-            each(kFwdLS8, src.data(), step), each(kFwd, in.data(), 0), each(kFwdI, nullptr, 0);
-            each(kInvLS8, in.data(), step), each(kInv, in.data(), 0), each(kInvI, nullptr, 0);
+            each(kFwdLS8, src.data(), step, table.data()), each(kFwd, in.data(), 0, table.data());
+            each(kFwdI, nullptr, 0, table.data()), each(kInvLS8, in.data(), step, table.data(), true);
+            each(kInv, in.data(), 0, table.data()), each(kInvI, nullptr, 0, table.data());
+            each(kFwdLS12, src.data(), step, ftable.data());
             std::vector<uint8_t> bytes(reinterpret_cast<uint8_t*>(out.data()), reinterpret_cast<uint8_t*>(out.data() + out.size()));
+            bytes.insert(bytes.end(), px.begin(), px.end());
+            std::fill(px.begin(), px.end(), 0xA5);
+            each(kInvLS12, in.data(), step + 8, ftable.data(), true);
             bytes.insert(bytes.end(), px.begin(), px.end());
             return bytes;
         };
