@@ -177,6 +177,34 @@ HWY_INLINE void PassCut(IntBlock& v, Line line) {
     }
 }
 
+// Quantises a row of 16-bit values c held in 32-bit lanes into pDst: the
+// product with the unsigned table entry is exact (below 2^31 in magnitude),
+// then rounded half to even and saturated.
+HWY_INLINE void QuantRow(const BlockV32 (&c)[kBlockParts], const Vqc16u* pTable, Vqc16s* pDst) {
+    const BlockD32 d32;
+    const auto bias = hn::Set(d32, 16383), one = hn::Set(d32, 1);
+    BlockV32 t[kBlockParts], q[kBlockParts];
+    LoadRow(d32, pTable, t);
+    for (size_t p = 0; p < kBlockParts; ++p) {
+        const auto prod = hn::Mul(c[p], t[p]);
+        const auto odd = hn::And(hn::ShiftRight<15>(prod), one);
+        q[p] = hn::ShiftRight<15>(hn::Add(hn::Add(prod, bias), odd));
+    }
+    StoreRowSat(q, pDst);
+}
+
+// Dequantises eight coefficients: the products saturated to 16 bits, both
+// factors read signed, taken in 16-bit lanes by their halves as in the
+// plain routine.
+HWY_INLINE hn::Vec<hn::Full128<int16_t>> DequantRow(const Vqc16s* pSrc, const Vqc16u* pTable) {
+    const hn::Full128<int16_t> d16;
+    const auto c = hn::LoadU(d16, pSrc);
+    const auto t = hn::LoadU(d16, reinterpret_cast<const Vqc16s*>(pTable));
+    const auto lo = hn::Mul(c, t), hi = hn::MulHigh(c, t);
+    const auto sat = hn::Xor(hn::ShiftRight<15>(hi), hn::Set(d16, 0x7FFF));
+    return hn::IfThenElse(hn::Eq(hi, hn::ShiftRight<15>(lo)), lo, sat);
+}
+
 // Forward DCT of the rows v and quantisation into pDst: the column pass
 // ends in 32 bits, where the 16-bit cut, the product with the unsigned
 // table entry (exact: below 2^31 in magnitude), the rounding half to even
@@ -186,35 +214,22 @@ HWY_INLINE void FwdQuantRows(IntBlock& v, Vqc16s* pDst, const Vqc16u* pTable) {
     Transpose8x8(d32, v);
     PassCut(v, FwdLine<true>);
     Transpose8x8(d32, v);
-    const auto bias = hn::Set(d32, 16383), one = hn::Set(d32, 1);
     BlockV32 y[kBlockParts][8];
     for (size_t p = 0; p < kBlockParts; ++p) FwdLine<false>(v[p], y[p]);
     for (int k = 0; k < 8; ++k) {
-        BlockV32 t[kBlockParts], q[kBlockParts];
-        LoadRow(d32, pTable + 8 * k, t);
-        for (size_t p = 0; p < kBlockParts; ++p) {
-            const auto prod = hn::Mul(Cut16(y[p][k]), t[p]);
-            const auto odd = hn::And(hn::ShiftRight<15>(prod), one);
-            q[p] = hn::ShiftRight<15>(hn::Add(hn::Add(prod, bias), odd));
-        }
-        StoreRowSat(q, pDst + 8 * k);
+        BlockV32 c[kBlockParts];
+        for (size_t p = 0; p < kBlockParts; ++p) c[p] = Cut16(y[p][k]);
+        QuantRow(c, pTable + 8 * k, pDst + 8 * k);
     }
 }
 
 // Dequantisation and inverse DCT of pSrc, leaving the output rows in v,
-// each value the 16-bit result read with sign. The saturating products are
-// taken in 16-bit lanes by their halves, as in the plain routine.
+// each value the 16-bit result read with sign.
 HWY_INLINE void DequantInvRows(const Vqc16s* pSrc, const Vqc16u* pTable, IntBlock& v) {
     const BlockD32 d32;
-    const hn::Full128<int16_t> d16;
-    const auto k7FFF = hn::Set(d16, 0x7FFF);
     for (int k = 0; k < 8; ++k) {
-        const auto c = hn::LoadU(d16, pSrc + 8 * k);
-        const auto t = hn::LoadU(d16, reinterpret_cast<const Vqc16s*>(pTable) + 8 * k);
-        const auto lo = hn::Mul(c, t), hi = hn::MulHigh(c, t);
-        const auto sat = hn::Xor(hn::ShiftRight<15>(hi), k7FFF);
         BlockV32 x[kBlockParts];
-        WidenRow(d32, hn::IfThenElse(hn::Eq(hi, hn::ShiftRight<15>(lo)), lo, sat), x);
+        WidenRow(d32, DequantRow(pSrc + 8 * k, pTable + 8 * k), x);
         for (size_t p = 0; p < kBlockParts; ++p) v[p][k] = x[p];
     }
     PassCut(v, InvLine<true>);
@@ -380,6 +395,26 @@ void DCTQuantInvLS16u(const Vqc16s* pSrc, Vqc16u* pDst, int32_t dstStep, const V
 }
 
 
+void QuantFwd8x8(Vqc16s* pSrcDst, const Vqc16u* pTable) {
+#if VQCJ_SIMD_BASELINE
+    ownMulScale16u16s(pTable, pSrcDst, pSrcDst, 64, 15);
+#else
+    for (int k = 0; k < 8; ++k) {
+        BlockV32 c[kBlockParts];
+        LoadRow(BlockD32(), pSrcDst + 8 * k, c);
+        QuantRow(c, pTable + 8 * k, pSrcDst + 8 * k);
+    }
+#endif
+}
+
+void QuantInv8x8(Vqc16s* pSrcDst, const Vqc16u* pTable) {
+#if VQCJ_SIMD_BASELINE
+    ownMulSat16s(pTable, pSrcDst, 64);
+#else
+    for (int k = 0; k < 8; ++k) hn::StoreU(DequantRow(pSrcDst + 8 * k, pTable + 8 * k), hn::Full128<int16_t>(), pSrcDst + 8 * k);
+#endif
+}
+
 void DCTQuantFwdLS8u(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* pDst, const Vqc16u* pTable) {
 #if VQCJ_SIMD_BASELINE
     ownDCTQuantFwdLS8uPlain(pSrc, srcStep, pDst, pTable);
@@ -454,6 +489,11 @@ HWY_EXPORT(DCTQuantInvLS8u);
 HWY_EXPORT(DCTQuantInv16s);
 HWY_EXPORT(DCTQuantFwdLS16u);
 HWY_EXPORT(DCTQuantInvLS16u);
+HWY_EXPORT(QuantFwd8x8);
+HWY_EXPORT(QuantInv8x8);
+
+void ownQuantFwd8x8(Vqc16s* pSrcDst, const Vqc16u* pTable) { VQCJ_DISPATCH(QuantFwd8x8)(pSrcDst, pTable); }
+void ownQuantInv8x8(Vqc16s* pSrcDst, const Vqc16u* pTable) { VQCJ_DISPATCH(QuantInv8x8)(pSrcDst, pTable); }
 
 }  // namespace vqcj
 

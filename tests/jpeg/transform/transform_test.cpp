@@ -181,7 +181,7 @@ TEST(TransformKernels, EveryTarget) {
         for (int i = 0; i < 64; ++i)
             ftable[i] = n % 3 == 0 ? std::ldexp(1.0f, i % 8 - 4) : i == n % 64 && n % 5 == 0 ? 1e38f : (table[i] & 0xFFF) / 64.0f;
         const auto run = [&] {
-            std::vector<int16_t> out(8 * 64);
+            std::vector<int16_t> out(10 * 64);
             std::vector<uint8_t> px(size_t(step + 8) * 8 + 16, 0xA5);
             int16_t* o = out.data();
             auto each = [&](int e, const void* s, int32_t st, const void* t, bool toPx = false) {
@@ -193,6 +193,7 @@ TEST(TransformKernels, EveryTarget) {
             each(kFwdI, nullptr, 0, table.data()), each(kInvLS8, in.data(), step, table.data(), true);
             each(kInv, in.data(), 0, table.data()), each(kInvI, nullptr, 0, table.data());
             each(kFwdLS12, src.data(), step, ftable.data());
+            each(kQuantFwd, nullptr, 0, table.data()), each(kQuantInv, nullptr, 0, table.data());
             std::vector<uint8_t> bytes(reinterpret_cast<uint8_t*>(out.data()), reinterpret_cast<uint8_t*>(out.data() + out.size()));
             bytes.insert(bytes.end(), px.begin(), px.end());
             std::fill(px.begin(), px.end(), 0xA5);
