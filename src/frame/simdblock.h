@@ -108,10 +108,6 @@ HWY_INLINE void StoreRowSat(const BlockV32 (&y)[kBlockParts], int16_t* p) {
     for (size_t i = 0; i < kBlockParts; ++i) hn::StoreU(hn::DemoteTo(d16, y[i]), d16, p + 4 * i);
 }
 
-// The low 16 bits of each lane, read with sign: the fixed-point passes keep
-// 32 bits within a pass and 16 between passes.
-HWY_INLINE BlockV32 Cut16(BlockV32 v) { return hn::ShiftRight<16>(hn::ShiftLeft<16>(v)); }
-
 #undef VQCJ_BLOCK_PARTS
 #endif  // !VQCJ_SIMD_BASELINE
 

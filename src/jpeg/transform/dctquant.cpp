@@ -109,6 +109,13 @@ HWY_INLINE BlockV32 RoundShift(BlockV32 v) {
     return hn::ShiftRight<Bits>(hn::Add(v, hn::Set(BlockD32(), 1 << (Bits - 1))));
 }
 
+// The same, cut to 16 bits and read with sign, for Bits up to 16: the bits
+// kept are moved to the top and shifted back down.
+template <int Bits>
+HWY_INLINE BlockV32 RoundShiftCut(BlockV32 v) {
+    return hn::ShiftRight<16>(hn::ShiftLeft<16 - Bits>(hn::Add(v, hn::Set(BlockD32(), 1 << (Bits - 1)))));
+}
+
 HWY_INLINE BlockV32 MulK(BlockV32 v, int32_t k) { return hn::Mul(v, hn::Set(BlockD32(), k)); }
 
 template <bool RowPass>
@@ -130,14 +137,16 @@ HWY_INLINE void FwdLine(const BlockV32 (&x)[8], BlockV32 (&y)[8]) {
     const auto o1 = hn::Add(n1, MulK(u, 3218)), o7 = hn::Sub(n1, MulK(v, 4816));
     const auto o3 = hn::Sub(n2, MulK(z, 5681)), o5 = hn::Sub(n2, MulK(w, 1130));
 
-    constexpr int kOdd = RowPass ? 12 : 21;
+    // Results cut to 16 bits; those shifted by 21 already fit.
     if constexpr (RowPass) {
-        y[0] = hn::ShiftLeft<3>(e0), y[4] = hn::ShiftLeft<3>(e4);
+        y[0] = hn::ShiftRight<16>(hn::ShiftLeft<19>(e0)), y[4] = hn::ShiftRight<16>(hn::ShiftLeft<19>(e4));
+        y[1] = RoundShiftCut<12>(o1), y[2] = RoundShiftCut<12>(e2), y[3] = RoundShiftCut<12>(o3);
+        y[5] = RoundShiftCut<12>(o5), y[6] = RoundShiftCut<12>(e6), y[7] = RoundShiftCut<12>(o7);
     } else {
-        y[0] = RoundShift<6>(e0), y[4] = RoundShift<6>(e4);
+        y[0] = RoundShiftCut<6>(e0), y[4] = RoundShiftCut<6>(e4);
+        y[1] = RoundShift<21>(o1), y[2] = RoundShift<21>(e2), y[3] = RoundShift<21>(o3);
+        y[5] = RoundShift<21>(o5), y[6] = RoundShift<21>(e6), y[7] = RoundShift<21>(o7);
     }
-    y[1] = RoundShift<kOdd>(o1), y[2] = RoundShift<kOdd>(e2), y[3] = RoundShift<kOdd>(o3);
-    y[5] = RoundShift<kOdd>(o5), y[6] = RoundShift<kOdd>(e6), y[7] = RoundShift<kOdd>(o7);
 }
 
 template <bool ColPass>
@@ -157,23 +166,23 @@ HWY_INLINE void InvLine(const BlockV32 (&i)[8], BlockV32 (&y)[8]) {
     const auto tp = hn::Add(T, P), tm = hn::Sub(T, P);
     const auto U = hn::Add(tp, R), V = hn::Sub(tp, R), W = hn::Add(tm, S), X = hn::Sub(tm, S);
 
-    constexpr int kBits = ColPass ? 12 : 21;
-    y[0] = RoundShift<kBits>(hn::Add(U, G)), y[7] = RoundShift<kBits>(hn::Sub(U, G));
-    y[1] = RoundShift<kBits>(hn::Add(W, H)), y[6] = RoundShift<kBits>(hn::Sub(W, H));
-    y[2] = RoundShift<kBits>(hn::Add(X, J)), y[5] = RoundShift<kBits>(hn::Sub(X, J));
-    y[3] = RoundShift<kBits>(hn::Add(V, I)), y[4] = RoundShift<kBits>(hn::Sub(V, I));
+    // Results cut to 16 bits; those shifted by 21 already fit.
+    const auto fin = [](BlockV32 v) HWY_ATTR { return ColPass ? RoundShiftCut<12>(v) : RoundShift<21>(v); };
+    y[0] = fin(hn::Add(U, G)), y[7] = fin(hn::Sub(U, G));
+    y[1] = fin(hn::Add(W, H)), y[6] = fin(hn::Sub(W, H));
+    y[2] = fin(hn::Add(X, J)), y[5] = fin(hn::Sub(X, J));
+    y[3] = fin(hn::Add(V, I)), y[4] = fin(hn::Sub(V, I));
 }
 
 using IntBlock = Block32<BlockD32>;
 
-// Runs a line function over the eight lines of each part, cutting the
-// results to 16 bits for the next pass.
+// Runs a line function over the eight lines of each part.
 template <class Line>
-HWY_INLINE void PassCut(IntBlock& v, Line line) {
+HWY_INLINE void Pass(IntBlock& v, Line line) {
     for (size_t p = 0; p < kBlockParts; ++p) {
         BlockV32 y[8];
         line(v[p], y);
-        for (int k = 0; k < 8; ++k) v[p][k] = Cut16(y[k]);
+        for (int k = 0; k < 8; ++k) v[p][k] = y[k];
     }
 }
 
@@ -205,20 +214,16 @@ HWY_INLINE hn::Vec<hn::Full128<int16_t>> DequantRow(const Vqc16s* pSrc, const Vq
     return hn::IfThenElse(hn::Eq(hi, hn::ShiftRight<15>(lo)), lo, sat);
 }
 
-// Forward DCT of the rows v and quantisation into pDst: the column pass
-// ends in 32 bits, where the 16-bit cut, the product with the unsigned
-// table entry (exact: below 2^31 in magnitude), the rounding half to even
-// and the saturation happen lane-wise.
+// Forward DCT of the rows v and quantisation into pDst.
 HWY_INLINE void FwdQuantRows(IntBlock& v, Vqc16s* pDst, const Vqc16u* pTable) {
     const BlockD32 d32;
     Transpose8x8(d32, v);
-    PassCut(v, FwdLine<true>);
+    Pass(v, FwdLine<true>);
     Transpose8x8(d32, v);
-    BlockV32 y[kBlockParts][8];
-    for (size_t p = 0; p < kBlockParts; ++p) FwdLine<false>(v[p], y[p]);
+    Pass(v, FwdLine<false>);
     for (int k = 0; k < 8; ++k) {
         BlockV32 c[kBlockParts];
-        for (size_t p = 0; p < kBlockParts; ++p) c[p] = Cut16(y[p][k]);
+        for (size_t p = 0; p < kBlockParts; ++p) c[p] = v[p][k];
         QuantRow(c, pTable + 8 * k, pDst + 8 * k);
     }
 }
@@ -232,9 +237,9 @@ HWY_INLINE void DequantInvRows(const Vqc16s* pSrc, const Vqc16u* pTable, IntBloc
         WidenRow(d32, DequantRow(pSrc + 8 * k, pTable + 8 * k), x);
         for (size_t p = 0; p < kBlockParts; ++p) v[p][k] = x[p];
     }
-    PassCut(v, InvLine<true>);
+    Pass(v, InvLine<true>);
     Transpose8x8(d32, v);
-    PassCut(v, InvLine<false>);
+    Pass(v, InvLine<false>);
     Transpose8x8(d32, v);
 }
 
