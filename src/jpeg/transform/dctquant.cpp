@@ -1,5 +1,5 @@
 // The fused block operations: level shift, DCT and quantisation in one call.
-// The fixed-point forms are one kernel source compiled for every SIMD target.
+// Every form is one kernel source compiled for every SIMD target.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "jpeg/transform/dctquant.cpp"
 #include <hwy/foreach_target.h>  // must come before highway.h
