@@ -287,3 +287,5 @@ VQCJ_API VqcStatus vqciVLCScan4x4DC_JPEGXR_32s(const Vqc32s* pSrc, uint32_t mode
 }
 
 }  // extern "C"
+
+static_assert(sizeof(VqciVLCState) == 1780, "the record keeps one size on every target");

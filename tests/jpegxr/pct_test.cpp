@@ -1,0 +1,129 @@
+// Core transform: exact reversibility, the flat block, the two 32s names as
+// one function, the 16s form against the 32s one, the float form, checks.
+#include <gtest/gtest.h>
+
+#include <vqcj.h>
+
+#include <cmath>
+#include <random>
+#include <vector>
+
+namespace {
+
+using Fixed32 = VqcStatus (*)(Vqc32s*, int32_t);
+using Fixed16 = VqcStatus (*)(Vqc16s*, int32_t);
+using Fixed32f = VqcStatus (*)(Vqc32f*, int32_t);
+struct Area {
+    int w, h;
+    Fixed32 fwd32, inv32, fwdHdp, invHdp;
+    Fixed16 fwd16, inv16;
+    Fixed32f fwdF, invF;
+};
+const Area kAreas[] = {
+    {16, 16, vqciPCTFwd16x16_JPEGXR_32s_C1IR, vqciPCTInv16x16_JPEGXR_32s_C1IR, vqciPCTFwd16x16_HDP_32s_C1IR,
+     vqciPCTInv16x16_HDP_32s_C1IR, vqciPCTFwd16x16_JPEGXR_16s_C1IR, vqciPCTInv16x16_JPEGXR_16s_C1IR,
+     vqciPCTFwd16x16_JPEGXR_32f_C1IR, vqciPCTInv16x16_JPEGXR_32f_C1IR},
+    {8, 16, vqciPCTFwd8x16_JPEGXR_32s_C1IR, vqciPCTInv8x16_JPEGXR_32s_C1IR, vqciPCTFwd8x16_HDP_32s_C1IR,
+     vqciPCTInv8x16_HDP_32s_C1IR, vqciPCTFwd8x16_JPEGXR_16s_C1IR, vqciPCTInv8x16_JPEGXR_16s_C1IR,
+     vqciPCTFwd8x16_JPEGXR_32f_C1IR, vqciPCTInv8x16_JPEGXR_32f_C1IR},
+    {8, 8, vqciPCTFwd8x8_JPEGXR_32s_C1IR, vqciPCTInv8x8_JPEGXR_32s_C1IR, vqciPCTFwd8x8_HDP_32s_C1IR,
+     vqciPCTInv8x8_HDP_32s_C1IR, vqciPCTFwd8x8_JPEGXR_16s_C1IR, vqciPCTInv8x8_JPEGXR_16s_C1IR,
+     vqciPCTFwd8x8_JPEGXR_32f_C1IR, vqciPCTInv8x8_JPEGXR_32f_C1IR},
+};
+
+// Rows of 20 elements so that a wrong step or a write past the area shows.
+constexpr int kPitch = 20;
+
+template <class T>
+std::vector<T> randomPlane(std::mt19937& g, int32_t lo, int32_t hi) {
+    std::vector<T> v(kPitch * 16);
+    std::uniform_int_distribution<int32_t> d(lo, hi);
+    for (auto& x : v) x = static_cast<T>(d(g));
+    return v;
+}
+
+}  // namespace
+
+TEST(JpegxrPct, FixedAreasRoundTripAndAgree) {
+    std::mt19937 g(12);
+    for (const Area& a : kAreas) {
+        for (int it = 0; it < 300; ++it) {
+            // Full 32-bit range: wrapping is exact both ways.
+            auto v = randomPlane<int32_t>(g, INT32_MIN, INT32_MAX), hdp = v, orig = v;
+            ASSERT_EQ(a.fwd32(v.data(), kPitch * 4), vqcStatusOk);
+            ASSERT_EQ(a.fwdHdp(hdp.data(), kPitch * 4), vqcStatusOk);
+            ASSERT_EQ(v, hdp);
+            a.inv32(v.data(), kPitch * 4);
+            a.invHdp(hdp.data(), kPitch * 4);
+            ASSERT_EQ(v, orig);
+            ASSERT_EQ(hdp, orig);
+            // 16s without overflow gives the 32s results and comes back.
+            auto s = randomPlane<int16_t>(g, -2048, 2047);
+            std::vector<int32_t> w(s.begin(), s.end());
+            const auto s0 = s;
+            a.fwd16(s.data(), kPitch * 2);
+            a.fwd32(w.data(), kPitch * 4);
+            ASSERT_EQ(std::vector<int32_t>(s.begin(), s.end()), w);
+            a.inv16(s.data(), kPitch * 2);
+            ASSERT_EQ(s, s0);
+            // 16s with wrap-around still inverts exactly.
+            s = randomPlane<int16_t>(g, INT16_MIN, INT16_MAX);
+            const auto s1 = s;
+            a.fwd16(s.data(), kPitch * 2);
+            a.inv16(s.data(), kPitch * 2);
+            ASSERT_EQ(s, s1);
+            // Float: linear, close to the integer transform, inverse within rounding.
+            std::vector<float> f(orig.size());
+            for (size_t i = 0; i < f.size(); ++i) f[i] = static_cast<float>(s0[i]);
+            const auto f0 = f;
+            a.fwdF(f.data(), kPitch * 4);
+            for (size_t i = 0; i < f.size(); ++i)
+                if (static_cast<int>(i % kPitch) < a.w) {
+                    ASSERT_NEAR(f[i], w[i], 6.0) << i;
+                }
+            a.invF(f.data(), kPitch * 4);
+            for (size_t i = 0; i < f.size(); ++i) ASSERT_NEAR(f[i], f0[i], 2e-3) << i;
+        }
+    }
+}
+
+TEST(JpegxrPct, FlatBlockAndRegionOrder) {
+    for (int32_t v : {0, 1, -1, 7, -300, 123456}) {
+        std::vector<int32_t> b(16, v);
+        ASSERT_EQ(vqciPCTFwd_JPEGXR_32s_C1IR(b.data(), 16, {4, 4}), vqcStatusOk);
+        EXPECT_EQ(b[0], 4 * v);
+        for (int i = 1; i < 16; ++i) EXPECT_EQ(b[i], 0);
+        vqciPCTInv_JPEGXR_32s_C1IR(b.data(), 16, {4, 4});
+        EXPECT_EQ(b, std::vector<int32_t>(16, v));
+    }
+    // A region is the fixed forms' block walk: 16x16 by region equals 16x16 fixed.
+    std::mt19937 g(3);
+    auto p = randomPlane<int16_t>(g, -999, 999), q = p;
+    vqciPCTFwd_JPEGXR_16s_C1IR(p.data(), kPitch * 2, {16, 16});
+    vqciPCTFwd16x16_JPEGXR_16s_C1IR(q.data(), kPitch * 2);
+    EXPECT_EQ(p, q);
+}
+
+TEST(JpegxrPct, CheckOrder) {
+    std::vector<int32_t> buf(16 * 16, 5);
+    const auto keep = buf;
+    int32_t* p = buf.data();
+    struct Case { VqcStatus got, want; };
+    const Case cases[] = {
+        {vqciPCTFwd8x8_JPEGXR_32s_C1IR(nullptr, 0), vqcStatusNullPtr},
+        {vqciPCTFwd8x8_JPEGXR_32s_C1IR(p, 31), vqcStatusBadStep},
+        {vqciPCTInv16x16_JPEGXR_16s_C1IR(reinterpret_cast<Vqc16s*>(p), 31), vqcStatusBadStep},
+        {vqciPCTFwd8x16_JPEGXR_32f_C1IR(reinterpret_cast<Vqc32f*>(p), 31), vqcStatusBadStep},
+        {vqciPCTFwd_HDP_32s_C1IR(nullptr, 0, {0, 0}), vqcStatusNullPtr},
+        {vqciPCTFwd_HDP_32s_C1IR(p, 0, {0, 4}), vqcStatusBadSize},
+        {vqciPCTFwd_HDP_32s_C1IR(p, 19, {5, 5}), vqcStatusBadStep},  // the step before the multiple of 4
+        {vqciPCTFwd_JPEGXR_32s_C1IR(p, 16, {4, 6}), vqcStatusBadSize},
+        {vqciPCTInv_JPEGXR_16s_C1IR(reinterpret_cast<Vqc16s*>(p), 7, {4, 4}), vqcStatusBadStep},
+    };
+    for (const Case& c : cases) EXPECT_EQ(c.got, c.want);
+    EXPECT_EQ(buf, keep);  // refusals write nothing
+    // The step test is unsigned: a negative step walks upwards from the last row.
+    EXPECT_EQ(vqciPCTFwd8x8_JPEGXR_32s_C1IR(p + 7 * 16, -64), vqcStatusOk);
+    EXPECT_EQ(vqciPCTFwd_JPEGXR_32s_C1IR(p + 3 * 16, -64, {4, 4}), vqcStatusOk);
+    EXPECT_EQ(vqciPCTFwd_JPEGXR_32s_C1IR(p, 16, {4, 4}), vqcStatusOk);  // smallest step
+}
