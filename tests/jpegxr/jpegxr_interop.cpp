@@ -66,8 +66,8 @@ TEST(JpegxrInterop, TablesAndAdaptationMatchJxrlib) {
             ASSERT_EQ(0, std::memcmp(enc, j->table, sizeof(int32_t) * (1 + 2 * n))) << n << " " << c.tableIndex;
             ASSERT_EQ(s.delta1[13] != 0, j->delta != nullptr);
             ASSERT_EQ(s.delta2[13] != 0, j->delta1 != nullptr);
-            if (j->delta) ASSERT_EQ(0, std::memcmp(deltaRow(s.delta1[13]), j->delta, sizeof(int32_t) * n));
-            if (j->delta1) ASSERT_EQ(0, std::memcmp(deltaRow(s.delta2[13]), j->delta1, sizeof(int32_t) * n));
+            ASSERT_TRUE(!j->delta || !std::memcmp(deltaRow(s.delta1[13]), j->delta, sizeof(int32_t) * n));
+            ASSERT_TRUE(!j->delta1 || !std::memcmp(deltaRow(s.delta2[13]), j->delta1, sizeof(int32_t) * n));
             for (uint32_t b = 0; b < 256; ++b) {
                 int used = 0;
                 const int sym = vqcjtest::jxrDecodeSymbol(j->decTable, b << 24, &used);
