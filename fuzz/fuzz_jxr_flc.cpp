@@ -21,7 +21,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     int32_t blk[16] = {};
     int16_t h[16] = {};
     std::vector<uint8_t> enc(128);
-    for (uint32_t k = 0; static_cast<size_t>(p - buf.data()) < end; ++k) {
+    // numBits 0 reads nothing, so the count of blocks is bounded too.
+    for (uint32_t k = 0; static_cast<size_t>(p - buf.data()) < end && k < 512; ++k) {
         vqciFLCDecode4x4_JPEGXR_1u16s_C1IR(&p, &bits, &n, h, 8, numBits, static_cast<int16_t>(quant), refine);
         int32_t fresh[16] = {};
         vqciFLCDecode4x4_JPEGXR_1u32s_C1IR(&p, &bits, &n, k & 1 ? blk : fresh, 16, numBits, 1, 0);
