@@ -4,9 +4,19 @@
 // stored back at its end. No bound and no stuffing: the caller provides room.
 #pragma once
 
+#include "frame/check.h"
+
 #include <cstdint>
 
 namespace vqcj::jxr {
+
+// The stream arguments in a check chain: the pointer to the stream pointer,
+// the stream pointer itself, the buffer word, the count.
+inline Check& checkStream(Check& c, uint8_t** pp, const uint32_t* pBitBuf, const uint32_t* pNumBits) {
+    c.ptr(pp);
+    if (c == vqcStatusOk) c.ptr(*pp);
+    return c.ptr(pBitBuf).ptr(pNumBits);
+}
 
 // Writer. Invariant between puts: at most 16 bits pending.
 struct BitWriter {

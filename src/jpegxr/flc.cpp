@@ -29,9 +29,8 @@ template <class E>
 VqcStatus encodeFLC(const E* pSrc, int32_t srcStep, const int32_t* pResidual, Vqc8u** pp, uint32_t* pBitBuf,
                     uint32_t* pNumBits, uint32_t numBits, uint32_t trimBits, int32_t useResidual) {
     Check c;
-    c.ptr(pSrc).ptr(pResidual).ptr(pp);
-    if (c == vqcStatusOk) c.ptr(*pp);
-    c.ptr(pBitBuf).ptr(pNumBits);
+    c.ptr(pSrc).ptr(pResidual);
+    checkStream(c, pp, pBitBuf, pNumBits);
     if (c == vqcStatusOk) c.fail(*pNumBits > 32 || numBits > 15 || trimBits > 15, vqcStatusBadRange);
     if (c != vqcStatusOk) return c;
     BitWriter w(pp, pBitBuf, pNumBits);
@@ -86,9 +85,8 @@ template <class E>
 VqcStatus decodeFLC(Vqc8u** pp, uint32_t* pBitBuf, uint32_t* pNumBits, E* pSrcDst, int32_t step, uint32_t numBits,
                     int32_t quant, int32_t refine) {
     Check c;
-    c.ptr(pSrcDst).ptr(pp);
-    if (c == vqcStatusOk) c.ptr(*pp);
-    c.ptr(pBitBuf).ptr(pNumBits);
+    c.ptr(pSrcDst);
+    checkStream(c, pp, pBitBuf, pNumBits);
     if (c == vqcStatusOk) c.fail(*pNumBits > 32 || numBits > 15, vqcStatusBadRange);
     if (c != vqcStatusOk) return c;
     BitReader br(pp, pBitBuf, pNumBits);

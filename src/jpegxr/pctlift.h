@@ -53,19 +53,17 @@ inline void oddInv(V& p, V& q, V& r, V& s) {
 
 // The rounding offsets of the two rotations below differ line by line on
 // purpose: they are what makes the pair exactly reversible.
-template <class O, class V = typename O::V>
-inline void oddOddFwd(V& p, V& q, V& r, V& s) {
-    q = O::neg(q);
-    r = O::neg(r);
+// Both directions share the frame around the rotation: the halves of s and r
+// are lifted out before it and put back after it.
+template <class O, class Rotate, class V = typename O::V>
+inline void oddOddFrame(V& p, V& q, V& r, V& s, Rotate rotate) {
     s = O::add(s, p);
     r = O::sub(r, q);
     const V t = O::half(s);
     p = O::sub(p, t);
     const V u = O::half(r);
     q = O::add(q, u);
-    p = O::add(p, O::m3o4s3(q));
-    q = O::sub(q, O::m3o3s2(p));
-    p = O::add(p, O::m3o3s3(q));
+    rotate(p, q);
     q = O::sub(q, u);
     p = O::add(p, t);
     r = O::add(r, q);
@@ -73,20 +71,23 @@ inline void oddOddFwd(V& p, V& q, V& r, V& s) {
 }
 
 template <class O, class V = typename O::V>
+inline void oddOddFwd(V& p, V& q, V& r, V& s) {
+    q = O::neg(q);
+    r = O::neg(r);
+    oddOddFrame<O>(p, q, r, s, [](V& x, V& y) {
+        x = O::add(x, O::m3o4s3(y));
+        y = O::sub(y, O::m3o3s2(x));
+        x = O::add(x, O::m3o3s3(y));
+    });
+}
+
+template <class O, class V = typename O::V>
 inline void oddOddInv(V& p, V& q, V& r, V& s) {
-    s = O::add(s, p);
-    r = O::sub(r, q);
-    const V t = O::half(s);
-    p = O::sub(p, t);
-    const V u = O::half(r);
-    q = O::add(q, u);
-    p = O::sub(p, O::m3o3s3(q));
-    q = O::add(q, O::m3o3s2(p));
-    p = O::sub(p, O::m3o4s3(q));
-    q = O::sub(q, u);
-    p = O::add(p, t);
-    r = O::add(r, q);
-    s = O::sub(s, p);
+    oddOddFrame<O>(p, q, r, s, [](V& x, V& y) {
+        x = O::sub(x, O::m3o3s3(y));
+        y = O::add(y, O::m3o3s2(x));
+        x = O::sub(x, O::m3o4s3(y));
+    });
     q = O::neg(q);
     r = O::neg(r);
 }

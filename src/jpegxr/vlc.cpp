@@ -75,9 +75,8 @@ VqcStatus encodeBlock(const E* pSrc, int32_t srcStep, int32_t chroma, uint32_t m
     Check c;
     c.ptr(pState).ptr(pSrc);
     if constexpr (kFlex) c.ptr(pResidual);
-    c.ptr(pNumPairs).ptr(pp);
-    if (c == vqcStatusOk) c.ptr(*pp);
-    c.ptr(pBitBuf).ptr(pNumBits);
+    c.ptr(pNumPairs);
+    checkStream(c, pp, pBitBuf, pNumBits);
     if (c == vqcStatusOk) c.fail(*pNumBits > 32 || modelBits > 15 || (kFlex && trimBits > 15), vqcStatusBadRange);
     if (c != vqcStatusOk) return c;
     BitWriter w(pp, pBitBuf, pNumBits);
@@ -93,9 +92,8 @@ template <class E>
 VqcStatus decodeBlock(Vqc8u** pp, uint32_t* pBitBuf, uint32_t* pNumBits, int32_t quant, E* pDst, int32_t dstStep,
                       int32_t chroma, int32_t* pNumCoded, VqciVLCState* pState) {
     Check c;
-    c.ptr(pState).ptr(pDst).ptr(pNumCoded).ptr(pp);
-    if (c == vqcStatusOk) c.ptr(*pp);
-    c.ptr(pBitBuf).ptr(pNumBits);
+    c.ptr(pState).ptr(pDst).ptr(pNumCoded);
+    checkStream(c, pp, pBitBuf, pNumBits);
     if (c == vqcStatusOk) c.fail(*pNumBits > 32, vqcStatusBadRange);
     if (c != vqcStatusOk) return c;
     for (uint32_t r = 0; r < 4; ++r)

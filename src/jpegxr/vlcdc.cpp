@@ -33,9 +33,8 @@ VqcStatus encodeDC(const int32_t* pRunLevel, int32_t numPairs, bool tooMany, con
 VqcStatus decodeChecks(Vqc8u** pp, uint32_t* pBitBuf, uint32_t* pNumBits, const void* pDst, int32_t* pNumPairs,
                        VqciVLCState* pState) {
     Check c;
-    c.ptr(pState).ptr(pDst).ptr(pNumPairs).ptr(pp);
-    if (c == vqcStatusOk) c.ptr(*pp);
-    c.ptr(pBitBuf).ptr(pNumBits);
+    c.ptr(pState).ptr(pDst).ptr(pNumPairs);
+    checkStream(c, pp, pBitBuf, pNumBits);
     if (c == vqcStatusOk) c.fail(*pNumBits > 32, vqcStatusBadRange);
     return c;
 }
