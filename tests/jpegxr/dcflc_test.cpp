@@ -4,56 +4,32 @@
 
 #include <vqcj.h>
 
-#include <cstring>
-#include <string>
 #include <vector>
 
+#include "jxrtest.h"
+
+using jxrtest::Stream;
+
 namespace {
-
-VqciVLCState fresh() {
-    VqciVLCState s;
-    std::memset(&s, 0, sizeof s);
-    vqciVLCInit_JPEGXR(&s);
-    for (int t = 0; t < 3; ++t) vqciVLCScanReset_JPEGXR(&s, t);
-    return s;
-}
-
-struct Bits {
-    uint8_t mem[256] = {};
-    Vqc8u* p = mem;
-    uint32_t buf = 0, n = 0;
-    std::string str() const {
-        std::string s;
-        for (const uint8_t* q = mem; q < p; ++q)
-            for (int b = 7; b >= 0; --b) s += static_cast<char>('0' + (*q >> b & 1));
-        for (uint32_t b = 0; b < n; ++b) s += static_cast<char>('0' + (buf >> (31 - b) & 1));
-        return s;
-    }
-    static Bits of(const std::string& s) {
-        Bits b;
-        for (size_t i = 0; i < s.size(); ++i) b.mem[i / 8] |= static_cast<uint8_t>((s[i] - '0') << (7 - i % 8));
-        return b;
-    }
-};
-
+VqciVLCState fresh() { return jxrtest::freshState(); }
 }  // namespace
 
 TEST(JpegxrDc, HandWorked420And444) {
     VqciVLCState s = fresh();
-    Bits a;
+    Stream a;
     const int32_t one[] = {5, 1};  // run 5 in class 2: symbol 4 (0001) and one extra bit 0
     ASSERT_EQ(vqciVLCEncodeDC420_JPEGXR_32s1u(one, 1, &a.p, &a.buf, &a.n, &s), 0);
-    EXPECT_EQ(a.str(), "0010" "0" "0001" "0");
+    EXPECT_EQ(a.bits(), "0010" "0" "0001" "0");
     // Indices 0, 4 and 5: a later run of 3 by the unary code, the fixed code, two plain bits.
     const int32_t three[] = {0, 1, 3, 1, 0, -1};
-    Bits b;
+    Stream b;
     vqciVLCEncodeDC420_JPEGXR_32s1u(three, 3, &b.p, &b.buf, &b.n, &s);
-    EXPECT_EQ(b.str(), "100" "0" "001" "10" "0" "01");
-    Bits r = Bits::of(b.str());
+    EXPECT_EQ(b.bits(), "100" "0" "001" "10" "0" "01");
+    Stream r = Stream::of(b.bits());
     VqciVLCState d = fresh();
     int32_t out[6] = {9, 9, 9, 9, 9, 9}, np = -1;
     // Decoding from a state that saw the first block too.
-    Bits first = Bits::of(a.str());
+    Stream first = Stream::of(a.bits());
     vqciVLCDecodeDC420_JPEGXR_1u32s(&first.p, &first.buf, &first.n, out, &np, &d);
     EXPECT_EQ(np, 1);
     EXPECT_EQ(std::vector<int32_t>(out, out + 6), (std::vector<int32_t>{0, 0, 0, 0, 0, 1}));
@@ -63,13 +39,13 @@ TEST(JpegxrDc, HandWorked420And444) {
     EXPECT_EQ(std::memcmp(&s, &d, sizeof s), 0);
     // A first run of 6 lands past index 5: the walk stops and *pNumPairs stays.
     const int32_t past[] = {6, 1};
-    Bits c;
+    Stream c;
     vqciVLCEncodeDC420_JPEGXR_32s1u(past, 1, &c.p, &c.buf, &c.n, &s);
-    Bits rc = Bits::of(c.str());
+    Stream rc = Stream::of(c.bits());
     np = 42;
     EXPECT_EQ(vqciVLCDecodeDC420_JPEGXR_1u32s(&rc.p, &rc.buf, &rc.n, out, &np, &d), 0);
     EXPECT_EQ(np, 42);
-    EXPECT_EQ((rc.p - rc.mem) * 8 - rc.n, c.str().size());  // the stream variables are still stored
+    EXPECT_EQ(rc.used(), c.bits().size());  // the stream variables are still stored
     // 444: pairs from the low-pass scan go to scan 2's numbers; pDst[0] untouched.
     int32_t blk[16] = {0, 5, 0, 0, -2, 0, 0, 0, 1}, res[16], rl[32], n = 0;
     std::memset(res, 0x55, sizeof res);
@@ -87,26 +63,26 @@ TEST(JpegxrDc, HandWorked420And444) {
 
 TEST(JpegxrFlc, HandWorkedFields) {
     int32_t blk[16] = {}, res[16] = {};
-    Bits a;
+    Stream a;
     blk[2] = -4;  // (2, 0) goes first: a = 4, masked magnitude 0, sign still written
     ASSERT_EQ(vqciFLCEncode4x4_JPEGXR_32s1u_C1R(blk, 16, res, &a.p, &a.buf, &a.n, 2, 0, 0), 0);
-    EXPECT_EQ(a.str(), "001" + std::string(28, '0'));
-    Bits b;
-    blk[2] = -1, blk[1] = 1;  // numBits 0: the sign alone, zero gives no bits
+    EXPECT_EQ(a.bits(), "001" + std::string(28, '0'));
+    Stream b;
+    blk[2] = -1, blk[1] = 1;  // numStream 0: the sign alone, zero gives no bits
     vqciFLCEncode4x4_JPEGXR_32s1u_C1R(blk, 16, res, &b.p, &b.buf, &b.n, 0, 0, 0);
-    EXPECT_EQ(b.str(), "10");
-    Bits c;
+    EXPECT_EQ(b.bits(), "10");
+    Stream c;
     int16_t h[16] = {};
-    h[2] = 13, h[1] = -2;  // trimBits 2: a of 3 and 0
+    h[2] = 13, h[1] = -2;  // trimStream 2: a of 3 and 0
     vqciFLCEncode4x4_JPEGXR_16s1u_C1R(h, 8, res, &c.p, &c.buf, &c.n, 1, 2, 0);
-    EXPECT_EQ(c.str(), "10" + std::string(14, '0'));
+    EXPECT_EQ(c.bits(), "10" + std::string(14, '0'));
     // Residual words: the low bit says a sign follows.
-    Bits d;
+    Stream d;
     res[5] = 3 * 4 + 1 + 2, res[1] = 2 * 2;
     vqciFLCEncode4x4_JPEGXR_32s1u_C1R(blk, 16, res, &d.p, &d.buf, &d.n, 2, 0, 1);
-    EXPECT_EQ(d.str(), "111" "10" + std::string(26, '0'));
+    EXPECT_EQ(d.bits(), "111" "10" + std::string(26, '0'));
     // Refining: x of -3 and 3 move away from zero by 2 with no sign read.
-    Bits r = Bits::of("10" "10" "010" + std::string(24, '0'));
+    Stream r = Stream::of("10" "10" "010" + std::string(24, '0'));
     int32_t x[16] = {};
     x[2] = -3, x[1] = 3;
     ASSERT_EQ(vqciFLCDecode4x4_JPEGXR_1u32s_C1IR(&r.p, &r.buf, &r.n, x, 16, 2, 1, 1), 0);
@@ -114,7 +90,7 @@ TEST(JpegxrFlc, HandWorkedFields) {
     EXPECT_EQ(x[1], 5);
     EXPECT_EQ(x[7], 1);  // (3, 1) was zero: magnitude 1, then its sign 0
     // Plain: magnitude times quant with its sign; zero magnitude leaves the element.
-    Bits p = Bits::of("101" "00" + std::string(26, '0'));
+    Stream p = Stream::of("101" "00" + std::string(26, '0'));
     int16_t y[16] = {7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7};
     vqciFLCDecode4x4_JPEGXR_1u16s_C1IR(&p.p, &p.buf, &p.n, y, 8, 2, 3, 0);
     EXPECT_EQ(y[2], -6);

@@ -4,41 +4,14 @@
 
 #include <vqcj.h>
 
-#include <cstring>
 #include <random>
-#include <string>
-#include <vector>
+
+#include "jxrtest.h"
+
+using jxrtest::freshState;
+using jxrtest::Stream;
 
 namespace {
-
-VqciVLCState freshState(uint32_t scan = 0) {
-    VqciVLCState s;
-    std::memset(&s, 0, sizeof s);
-    vqciVLCInit_JPEGXR(&s);
-    for (int t = 0; t < 3; ++t) vqciVLCScanReset_JPEGXR(&s, t);
-    vqciVLCScanSet_JPEGXR(&s, scan);
-    return s;
-}
-
-struct Stream {
-    std::vector<uint8_t> mem = std::vector<uint8_t>(1 << 21);
-    Vqc8u* p = mem.data();
-    uint32_t buf = 0, n = 0;
-    // Bits written so far, the pending ones included.
-    std::string bits() const {
-        std::string s;
-        for (const uint8_t* q = mem.data(); q < p; ++q)
-            for (int b = 7; b >= 0; --b) s += static_cast<char>('0' + (*q >> b & 1));
-        for (uint32_t b = 0; b < n; ++b) s += static_cast<char>('0' + (buf >> (31 - b) & 1));
-        return s;
-    }
-    // Pending bits out, padded to 16; then a reader at the start.
-    void flushAndRewind() {
-        if (n) mem[p - mem.data()] = static_cast<uint8_t>(buf >> 24), p[1] = static_cast<uint8_t>(buf >> 16), p += 2;
-        p = mem.data(), buf = 0, n = 0;
-    }
-    size_t bitPos() const { return static_cast<size_t>(p - mem.data()) * 8 - n; }
-};
 
 // Bits of a block encoded from a fresh state with scan 0 (the block given by
 // entries of scan 0: coefficient numbers 10 2 12 5 ...).
@@ -143,7 +116,7 @@ TEST(JpegxrVlc, HandWorkedBlockStreams) {
 
     // Decoding: the stream above from a fresh state, dequantised by -3.
     VqciVLCState d = freshState();
-    st.flushAndRewind();
+    st.rewind();
     int32_t out[16], coded = 0;
     std::fill(out, out + 16, 77);
     ASSERT_EQ(vqciVLCDecode4x4_JPEGXR_1u32s_C1R(&st.p, &st.buf, &st.n, -3, out, 16, 0, &coded, &d), 0);
@@ -151,7 +124,7 @@ TEST(JpegxrVlc, HandWorkedBlockStreams) {
     EXPECT_EQ(out[0], 77);  // the DC stays
     EXPECT_EQ(out[2 * 4 + 0], -3);
     EXPECT_EQ(out[2 * 4 + 1], -3);
-    EXPECT_EQ(st.bitPos(), 13u);
+    EXPECT_EQ(st.used(), 13u);
     EXPECT_EQ(std::memcmp(&s, &d, sizeof s), 0);
 }
 
@@ -169,9 +142,7 @@ TEST(JpegxrVlc, BitStreamEdges) {
     st.n = 33;
     EXPECT_EQ(vqciVLCEncode4x4_JPEGXR_32s1u_C1R(zero, 16, 0, 0, &st.p, &st.buf, &st.n, &pairs, &s), vqcStatusBadRange);
     // The 16-bit decoder keeps the low 16 bits of the product.
-    const std::string b = encodeEntries({{1, 2}}).bits;
-    Stream in;
-    for (size_t i = 0; i < b.size(); ++i) in.mem[i / 8] |= static_cast<uint8_t>((b[i] - '0') << (7 - i % 8));
+    Stream in = Stream::of(encodeEntries({{1, 2}}).bits);
     int16_t out[16];
     int32_t coded;
     VqciVLCState d = freshState();
@@ -185,7 +156,7 @@ TEST(JpegxrVlc, BitStreamEdges) {
 TEST(JpegxrVlc, RoundTripKeepsStatesInStep) {
     std::mt19937 g(2024);
     VqciVLCState enc = freshState(), dec = freshState();
-    Stream st;
+    Stream st(1 << 21);
     struct Rec {
         int kind, chroma;
         uint32_t mb, scan;
@@ -227,7 +198,7 @@ TEST(JpegxrVlc, RoundTripKeepsStatesInStep) {
         if (i % 16 == 15) vqciVLCAdapt_JPEGXR(&enc, i / 16 % 2);
         if (i % 100 == 99) vqciVLCScanReset_JPEGXR(&enc, i / 100 % 3);
     }
-    st.flushAndRewind();
+    st.rewind();
     for (size_t i = 0; i < recs.size(); ++i) {
         const Rec& r = recs[i];
         int32_t out[16], coded = 0, pairs = -1;
