@@ -160,6 +160,7 @@ TEST(JpegxrVlc, RoundTripKeepsStatesInStep) {
     struct Rec {
         int kind, chroma;
         uint32_t mb, scan;
+        bool w16;
         int32_t blk[16];
         int32_t n;
     };
@@ -172,14 +173,22 @@ TEST(JpegxrVlc, RoundTripKeepsStatesInStep) {
         return g() & 1 ? -v : v;
     };
     for (int i = 0; i < 6000; ++i) {
-        Rec r{static_cast<int>(g() % 6), static_cast<int>(g() & 1), static_cast<uint32_t>(g() % 4), 0, {}, 0};
+        Rec r{static_cast<int>(g() % 6), static_cast<int>(g() & 1), static_cast<uint32_t>(g() % 4), 0, false, {}, 0};
         for (int32_t& v : r.blk) v = value(r.kind == 4 ? 40 : 6);
         int32_t res[16], rl[32], pairs = 0;
         if (r.kind <= 1) vqciVLCScanSet_JPEGXR(&enc, r.scan = g() % 3);
-        if (r.kind == 0) vqciVLCEncode4x4_JPEGXR_32s1u_C1R(r.blk, 16, r.chroma, 0, &st.p, &st.buf, &st.n, &pairs, &enc);
-        if (r.kind == 1) {
-            vqciVLCEncode4x4Flex_JPEGXR_32s1u_C1R(r.blk, 16, r.chroma, r.mb, 0, res, &st.p, &st.buf, &st.n, &pairs,
-                                                  &enc);
+        // Blocks that fit 16 bits go through the 16-bit members.
+        int16_t h[16];
+        r.w16 = true;
+        for (int k = 0; k < 16; ++k) h[k] = static_cast<int16_t>(r.blk[k]), r.w16 &= h[k] == r.blk[k];
+        if (r.kind == 0 && r.w16) vqciVLCEncode4x4_JPEGXR_16s1u_C1R(h, 8, r.chroma, 0, &st.p, &st.buf, &st.n, &pairs, &enc);
+        if (r.kind == 0 && !r.w16) vqciVLCEncode4x4_JPEGXR_32s1u_C1R(r.blk, 16, r.chroma, 0, &st.p, &st.buf, &st.n, &pairs, &enc);
+        if (r.kind == 1 && r.w16) {
+            vqciVLCEncode4x4Flex_JPEGXR_16s1u_C1R(h, 8, r.chroma, r.mb, 0, res, &st.p, &st.buf, &st.n, &pairs, &enc);
+            vqciFLCEncode4x4_JPEGXR_16s1u_C1R(h, 8, res, &st.p, &st.buf, &st.n, r.mb, 0, 1);
+        }
+        if (r.kind == 1 && !r.w16) {
+            vqciVLCEncode4x4Flex_JPEGXR_32s1u_C1R(r.blk, 16, r.chroma, r.mb, 0, res, &st.p, &st.buf, &st.n, &pairs, &enc);
             vqciFLCEncode4x4_JPEGXR_32s1u_C1R(r.blk, 16, res, &st.p, &st.buf, &st.n, r.mb, 0, 1);
         }
         if (r.kind == 2) {
@@ -204,12 +213,16 @@ TEST(JpegxrVlc, RoundTripKeepsStatesInStep) {
         int32_t out[16], coded = 0, pairs = -1;
         std::fill(out, out + 16, 0);
         vqciVLCScanSet_JPEGXR(&dec, r.kind <= 1 ? r.scan : 2);
-        if (r.kind <= 1 && r.n) {
-            ASSERT_EQ(vqciVLCDecode4x4_JPEGXR_1u32s_C1R(&st.p, &st.buf, &st.n, 1 << (r.kind ? r.mb : 0), out, 16,
-                                                        r.chroma, &coded, &dec), 0);
-            ASSERT_EQ(coded, r.n) << i;
-        }
-        if (r.kind == 1) vqciFLCDecode4x4_JPEGXR_1u32s_C1IR(&st.p, &st.buf, &st.n, out, 16, r.mb, 1, 1);
+        const int32_t q = 1 << (r.kind ? r.mb : 0);
+        int16_t h[16] = {};
+        if (r.kind <= 1 && r.n && r.w16)
+            vqciVLCDecode4x4_JPEGXR_1u16s_C1R(&st.p, &st.buf, &st.n, static_cast<int16_t>(q), h, 8, r.chroma, &coded, &dec);
+        if (r.kind <= 1 && r.n && !r.w16)
+            vqciVLCDecode4x4_JPEGXR_1u32s_C1R(&st.p, &st.buf, &st.n, q, out, 16, r.chroma, &coded, &dec);
+        ASSERT_EQ(coded, r.kind <= 1 ? r.n : 0) << i;
+        if (r.kind == 1 && r.w16) vqciFLCDecode4x4_JPEGXR_1u16s_C1IR(&st.p, &st.buf, &st.n, h, 8, r.mb, 1, 1);
+        if (r.kind == 1 && !r.w16) vqciFLCDecode4x4_JPEGXR_1u32s_C1IR(&st.p, &st.buf, &st.n, out, 16, r.mb, 1, 1);
+        if (r.kind <= 1 && r.w16) std::copy(h, h + 16, out);
         if (r.kind == 2 && r.n) {
             vqciVLCDecodeDC444_JPEGXR_1u32s(&st.p, &st.buf, &st.n, out, r.chroma, &pairs, &dec);
             ASSERT_EQ(pairs, r.n);
