@@ -26,36 +26,41 @@ int32_t ownVLCEncodeBlock(const E* pSrc, int32_t step, int32_t chroma, uint32_t 
     VqciVLCScanEntry* scan = currentScan(s);
     const uint32_t m = (1u << modelBits) - 1;
     const bool deferred = !kFlex && modelBits == 0;
-    int32_t rl[32];
-    int32_t k = 0, run = 0;
-    bool swap = false;
+    // The block is read along the scan first, without branches, into values
+    // and a mask of the entries that make pairs; the pair walk then visits
+    // set bits only. A swap at entry e moves e and e-1 alone, so what was
+    // read for the entries ahead stays valid.
+    int32_t val[16];
+    uint32_t mask = 0;
     for (uint32_t e = 1; e < 16; ++e) {
         const int32_t v = at(pSrc, step, scan[e].row, scan[e].column);
         const uint32_t a = absU(v);
+        val[e] = v;
+        mask |= static_cast<uint32_t>(a > m) << e;
         if constexpr (kFlex) {
-            uint32_t r;
-            if (a > m) {
-                r = ((a & m) >> trimBits) << 1;
-            } else {
-                const uint32_t t = a >> trimBits;
-                r = t << 2 | (t != 0) | (t != 0 && v < 0 ? 2u : 0u);
-            }
-            pResidual[scan[e].index & 15] = static_cast<int32_t>(r);
+            const uint32_t t = a >> trimBits;
+            const uint32_t low = t << 2 | (t != 0) | ((t != 0) & (v < 0)) << 1;
+            const uint32_t high = ((a & m) >> trimBits) << 1;
+            pResidual[scan[e].index & 15] = static_cast<int32_t>(a > m ? high : low);
         }
-        if (a > m) {
-            const uint32_t lev = a >> modelBits;
-            rl[2 * k] = run;
-            rl[2 * k + 1] = static_cast<int32_t>(v < 0 ? 0u - lev : lev);
-            ++k;
-            run = 0;
-            if (deferred) {
-                const uint32_t c = ++scan[e].count;
-                swap |= e >= 2 && c > scan[e - 1].count;
-            } else {
-                scanHit<2>(scan, e);
-            }
+    }
+    int32_t rl[32];
+    int32_t k = 0;
+    uint32_t last = 0;
+    bool swap = false;
+    for (; mask != 0; mask &= mask - 1) {
+        const uint32_t e = static_cast<uint32_t>(std::countr_zero(mask));
+        const int32_t v = val[e];
+        const uint32_t lev = absU(v) >> modelBits;
+        rl[2 * k] = static_cast<int32_t>(e - last - 1);
+        rl[2 * k + 1] = static_cast<int32_t>(v < 0 ? 0u - lev : lev);
+        ++k;
+        last = e;
+        if (deferred) {
+            const uint32_t c = ++scan[e].count;
+            swap |= e >= 2 && c > scan[e - 1].count;
         } else {
-            ++run;
+            scanHit<2>(scan, e);
         }
     }
     if (swap)
