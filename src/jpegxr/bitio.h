@@ -6,7 +6,9 @@
 
 #include "frame/check.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 namespace vqcj::jxr {
 
@@ -16,6 +18,14 @@ inline Check& checkStream(Check& c, uint8_t** pp, const uint32_t* pBitBuf, const
     c.ptr(pp);
     if (c == vqcStatusOk) c.ptr(*pp);
     return c.ptr(pBitBuf).ptr(pNumBits);
+}
+
+// An element of a 4x4 block, rows step bytes apart. Row and column are
+// taken modulo 4, so that scan entries of a forged record stay in the block.
+template <class E>
+inline E& at(E* p, int32_t step, uint32_t row, uint32_t col) {
+    using B = std::conditional_t<std::is_const_v<E>, const char, char>;
+    return reinterpret_cast<E*>(reinterpret_cast<B*>(p) + static_cast<ptrdiff_t>(step) * (row & 3))[col & 3];
 }
 
 // Writer. Invariant between puts: at most 16 bits pending.

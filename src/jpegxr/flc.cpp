@@ -16,12 +16,6 @@ constexpr uint8_t kFlcNumber[15] = {5, 1, 6, 10, 12, 8, 14, 2, 4, 3, 7, 9, 13, 1
 constexpr uint8_t kFlcColumn[15] = {2, 1, 3, 0, 3, 0, 3, 0, 3, 1, 2, 1, 2, 1, 2};
 constexpr uint8_t kFlcRow[15] = {0, 0, 1, 2, 3, 3, 2, 1, 0, 1, 1, 3, 3, 2, 2};
 
-template <class E>
-inline E& at(E* p, int32_t step, uint32_t row, uint32_t col) {
-    using B = std::conditional_t<std::is_const_v<E>, const char, char>;
-    return reinterpret_cast<E*>(reinterpret_cast<B*>(p) + static_cast<ptrdiff_t>(step) * row)[col];
-}
-
 // Direct mode writes a sign for any non-zero a = |v| >> trimBits, even when
 // the masked magnitude is 0: the residual mode is the one that agrees with
 // the decoder, and a direct caller must see to the agreement.

@@ -5,12 +5,6 @@
 namespace vqcj::jxr {
 namespace {
 
-template <class E>
-inline E& at(E* p, int32_t step, uint32_t row, uint32_t col) {
-    using B = std::conditional_t<std::is_const_v<E>, const char, char>;
-    return reinterpret_cast<E*>(reinterpret_cast<B*>(p) + static_cast<ptrdiff_t>(step) * (row & 3))[col & 3];
-}
-
 inline Shape blockShape(int32_t chroma) {
     const int c = chroma != 0;
     return Shape{13 + 3 * c, 14 + 3 * c, 19, 1};
