@@ -166,7 +166,7 @@ struct PassDecoder {
             for (int c = 0; c < w; ++c) {
                 uint32_t* p0 = f0 + c;
                 const uint32_t a = p0[0], b = p0[fs];
-                if ((((a & ~(a << 2)) | (b & ~(b << 2))) & ((kNbr << 16) | kNbr)) == 0) continue;
+                if ((((a & ~(a >> 2)) | (b & ~(b >> 2))) & ((kNbr << 16) | kNbr)) == 0) continue;
                 for (int i = 0; i < rows; ++i) {
                     uint32_t* p = p0 + (i >> 1) * fs;
                     const int sh = (i & 1) * 16;

@@ -140,7 +140,7 @@ struct PassRunner {
                 // Nothing to do unless an insignificant coefficient has a
                 // significant neighbour; one test covers two rows.
                 const uint32_t a = p0[0], b = p0[fs];
-                if ((((a & ~(a << 2)) | (b & ~(b << 2))) & ((kNbr << 16) | kNbr)) == 0) continue;
+                if ((((a & ~(a >> 2)) | (b & ~(b >> 2))) & ((kNbr << 16) | kNbr)) == 0) continue;
                 for (int i = 0; i < rows; ++i) {
                     uint32_t* p = p0 + (i >> 1) * fs;
                     const int sh = (i & 1) * 16;
