@@ -51,37 +51,39 @@ struct MqEnc {
     }
 
     void renorm() {
-        // Shift as far as the bit counter allows at once.
+        // Shift as far as the bit counter allows at once; no shift at all
+        // when A is already normalised.
         int n = std::countl_zero(A) - 16;
-        while (n >= CT) {
-            A <<= CT;
-            C <<= CT;
-            n -= CT;
-            byteOut();
+        if (n >= CT) [[unlikely]] {
+            do {
+                A <<= CT;
+                C <<= CT;
+                n -= CT;
+                byteOut();
+            } while (n >= CT);
         }
         A <<= n;
         C <<= n;
         CT -= n;
     }
 
+    // Branch-free but for the byte-out: with x the conditional exchange
+    // (the MPS share smaller than the LPS share), C moves up by Qe exactly
+    // when the coded symbol takes the upper share, and A keeps its value
+    // then, else becomes Qe. The state changes on an LPS, or on an MPS that
+    // renormalises; the shift count of the renormalisation is zero when A
+    // needs none.
     void encode(uint8_t* ctx, uint32_t d) {
         const uint32_t s = *ctx;
         const MqStep e = kMqSteps[s];
         const uint32_t qe = e.qe;
-        A -= qe;
-        if (d == (s & 1)) {
-            if (A & 0x8000) {
-                C += qe;
-                return;
-            }
-            if (A < qe) A = qe;
-            else C += qe;
-            *ctx = e.nmps;
-        } else {
-            if (A < qe) C += qe;
-            else A = qe;
-            *ctx = e.nlps;
-        }
+        const uint32_t a = A - qe;
+        const uint32_t lps = d ^ (s & 1);
+        const uint32_t upper = (a < qe) ^ lps ^ 1;
+        C += qe & (0u - upper);
+        A = upper ? a : qe;
+        const uint32_t mpsNext = (A & 0x8000) ? s : e.nmps;
+        *ctx = static_cast<uint8_t>(lps ? e.nlps : mpsNext);
         renorm();
     }
 

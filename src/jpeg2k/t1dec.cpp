@@ -8,6 +8,7 @@
 #include "t1common.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -78,39 +79,33 @@ struct MqDec {
         A = 0x8000;
     }
     void renorm() {
-        do {
-            if (CT == 0) byteIn();
-            A <<= 1;
-            C <<= 1;
-            --CT;
-        } while (A < 0x8000);
+        int n = std::countl_zero(A) - 16;
+        if (n > CT) [[unlikely]] {
+            do {
+                A <<= CT;
+                C <<= CT;
+                n -= CT;
+                byteIn();
+            } while (n > CT);
+        }
+        A <<= n;
+        C <<= n;
+        CT -= n;
     }
+    // Branch-free but for the byte-in. The symbol is the MPS unless exactly
+    // one of "C in the lower share" and "conditional exchange" holds; A
+    // becomes Qe in the lower share, C drops by Qe in the upper one.
     uint32_t decode(uint8_t* cx) {
         const uint32_t s = *cx;
         const MqStep e = kMqSteps[s];
         const uint32_t qe = e.qe;
-        uint32_t d;
-        A -= qe;
-        if ((C >> 16) < qe) {
-            if (A < qe) {
-                d = s & 1;
-                *cx = e.nmps;
-            } else {
-                d = (s & 1) ^ 1;
-                *cx = e.nlps;
-            }
-            A = qe;
-        } else {
-            C -= qe << 16;
-            if (A & 0x8000) return s & 1;
-            if (A < qe) {
-                d = (s & 1) ^ 1;
-                *cx = e.nlps;
-            } else {
-                d = s & 1;
-                *cx = e.nmps;
-            }
-        }
+        const uint32_t a = A - qe;
+        const uint32_t lower = (C >> 16) < qe;
+        const uint32_t d = (s & 1) ^ lower ^ (a < qe);
+        C -= (qe << 16) & (lower - 1);
+        A = lower ? qe : a;
+        const uint32_t mpsNext = (A & 0x8000) ? s : e.nmps;
+        *cx = static_cast<uint8_t>(d != (s & 1) ? e.nlps : mpsNext);
         renorm();
         return d;
     }

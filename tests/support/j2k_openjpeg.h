@@ -48,12 +48,13 @@ inline opj_stream_t* opjMemStream(OpjMem* m, bool input) {
     return s;
 }
 
-// Lossless 8-bit grey codestream with no wavelet level and one code-block
-// of up to 64x64; `mode` is OpenJPEG's code-block style.
-inline std::vector<uint8_t> opjEncodeOneBlock(const uint8_t* px, int w, int h, int mode) {
+// Lossless 8-bit grey codestream with 64x64 code-blocks; with the default
+// single resolution (no wavelet level) and up to 64x64 samples it holds one
+// code-block. `mode` is OpenJPEG's code-block style.
+inline std::vector<uint8_t> opjEncodeOneBlock(const uint8_t* px, int w, int h, int mode, int numResolutions = 1) {
     opj_cparameters_t p;
     opj_set_default_encoder_parameters(&p);
-    p.numresolution = 1;
+    p.numresolution = numResolutions;
     p.cblockw_init = 64;
     p.cblockh_init = 64;
     p.mode = mode;
