@@ -136,12 +136,23 @@ struct PassDecoder {
     bool vc;
     int plane;
 
-    uint32_t& sample(int r, int c) const {
-        return *reinterpret_cast<uint32_t*>(dst + static_cast<intptr_t>(r) * step + 4 * static_cast<intptr_t>(c));
+    // Calls row(p, sh, sample, i) for the rows from `from` of one stripe
+    // column: p the flag word, sh the half, sample the coefficient. A full
+    // stripe is unrolled so that the word and half are constants.
+    template <class Row>
+    [[gnu::always_inline]] void eachRow(int rows, int from, uint32_t* p0, uint8_t* col, Row&& row) {
+        if (rows == 4 && from == 0) {
+            row(p0, 0, col, 0);
+            row(p0, 16, col + step, 1);
+            row(p0 + fs, 0, col + 2 * static_cast<intptr_t>(step), 2);
+            row(p0 + fs, 16, col + 3 * static_cast<intptr_t>(step), 3);
+        } else {
+            for (int i = from; i < rows; ++i) row(p0 + (i >> 1) * fs, (i & 1) * 16, col + static_cast<intptr_t>(i) * step, i);
+        }
     }
 
     template <bool RAW, class D>
-    void becomeSignificant(D& dec, uint32_t* p, int odd, uint32_t f, bool firstRow, int r, int c) {
+    [[gnu::always_inline]] void becomeSignificant(D& dec, uint32_t* p, int sh, uint32_t f, int i, uint8_t* smp) {
         uint32_t neg;
         if (RAW) {
             neg = dec.decode(nullptr);
@@ -149,8 +160,9 @@ struct PassDecoder {
             const uint32_t e = kSc[(f >> 4) & 511];
             neg = dec.decode(ctx + (e & 15)) ^ (e >> 31);
         }
-        sample(r, c) = (neg << 31) | (1u << plane);
-        markSignificant(p, fs, odd, neg, vc && firstRow);
+        const uint32_t v = (neg << 31) | (1u << plane);
+        std::memcpy(smp, &v, 4);
+        markSignificant(p, fs, sh != 0, neg, vc && i == 0);
     }
 
     template <bool RAW, class D>
@@ -158,19 +170,18 @@ struct PassDecoder {
         for (int s = 0; s < h; s += 4) {
             const int rows = std::min(4, h - s);
             uint32_t* f0 = fl + (s >> 1) * fs;
+            uint8_t* d0 = dst + static_cast<intptr_t>(s) * step;
             for (int c = 0; c < w; ++c) {
                 uint32_t* p0 = f0 + c;
                 const uint32_t a = p0[0], b = p0[fs];
                 if ((((a & ~(a >> 2)) | (b & ~(b >> 2))) & ((kNbr << 16) | kNbr)) == 0) continue;
-                for (int i = 0; i < rows; ++i) {
-                    uint32_t* p = p0 + (i >> 1) * fs;
-                    const int sh = (i & 1) * 16;
+                eachRow(rows, 0, p0, d0 + 4 * c, [&](uint32_t* p, int sh, uint8_t* smp, int i) {
                     const uint32_t f = *p >> sh;
-                    if ((f & (kSig | kNbr)) != kNbr) continue;
+                    if ((f & (kSig | kNbr)) != kNbr) return;
                     const uint32_t v = dec.decode(ctx + zc[f & 0xFF]);
                     *p |= kVisit << sh;
-                    if (v) becomeSignificant<RAW>(dec, p, i & 1, f, i == 0, s + i, c);
-                }
+                    if (v) becomeSignificant<RAW>(dec, p, sh, f, i, smp);
+                });
             }
         }
     }
@@ -180,17 +191,19 @@ struct PassDecoder {
         for (int s = 0; s < h; s += 4) {
             const int rows = std::min(4, h - s);
             uint32_t* f0 = fl + (s >> 1) * fs;
+            uint8_t* d0 = dst + static_cast<intptr_t>(s) * step;
             for (int c = 0; c < w; ++c) {
                 uint32_t* p0 = f0 + c;
                 if (((p0[0] | p0[fs]) & ((kSig << 16) | kSig)) == 0) continue;
-                for (int i = 0; i < rows; ++i) {
-                    uint32_t* p = p0 + (i >> 1) * fs;
-                    const int sh = (i & 1) * 16;
+                eachRow(rows, 0, p0, d0 + 4 * c, [&](uint32_t* p, int sh, uint8_t* smp, int) {
                     const uint32_t f = *p >> sh;
-                    if ((f & (kSig | kVisit)) != kSig) continue;
-                    sample(s + i, c) |= dec.decode(ctx + kMr[f & 511]) << plane;
+                    if ((f & (kSig | kVisit)) != kSig) return;
+                    uint32_t v;
+                    std::memcpy(&v, smp, 4);
+                    v |= dec.decode(ctx + kMr[f & 511]) << plane;
+                    std::memcpy(smp, &v, 4);
                     *p |= kRefined << sh;
-                }
+                });
             }
         }
     }
@@ -198,28 +211,32 @@ struct PassDecoder {
     // False when the segmentation symbol does not read back.
     bool cleanup(MqDec& dec, bool segSym) {
         constexpr uint32_t kVisit2 = (kVisit << 16) | kVisit;
+        auto row = [&](uint32_t* p, int sh, uint8_t* smp, int i) {
+            const uint32_t f = *p >> sh;
+            if (f & (kSig | kVisit)) return;
+            if (dec.decode(ctx + zc[f & 0xFF])) becomeSignificant<false>(dec, p, sh, f, i, smp);
+        };
         for (int s = 0; s < h; s += 4) {
             const int rows = std::min(4, h - s);
             uint32_t* f0 = fl + (s >> 1) * fs;
+            uint8_t* d0 = dst + static_cast<intptr_t>(s) * step;
             for (int c = 0; c < w; ++c) {
                 uint32_t* p0 = f0 + c;
-                int i = 0;
-                if (rows == 4 && (p0[0] | p0[fs]) == 0) {
+                const uint32_t a = p0[0], b = p0[fs];
+                if (rows == 4 && (a | b) == 0) {
                     if (!dec.decode(ctx + kCtxRun)) continue;
                     int r = static_cast<int>(dec.decode(ctx + kCtxUni)) << 1;
                     r |= static_cast<int>(dec.decode(ctx + kCtxUni));
-                    becomeSignificant<false>(dec, p0 + (r >> 1) * fs, r & 1, 0, r == 0, s + r, c);
-                    i = r + 1;
+                    uint8_t* smp = d0 + 4 * c + static_cast<intptr_t>(r) * step;
+                    becomeSignificant<false>(dec, p0 + (r >> 1) * fs, (r & 1) * 16, 0, r, smp);
+                    eachRow(rows, r + 1, p0, d0 + 4 * c, row);
+                } else {
+                    eachRow(rows, 0, p0, d0 + 4 * c, row);
                 }
-                for (; i < rows; ++i) {
-                    uint32_t* p = p0 + (i >> 1) * fs;
-                    const int sh = (i & 1) * 16;
-                    const uint32_t f = *p >> sh;
-                    if (f & (kSig | kVisit)) continue;
-                    if (dec.decode(ctx + zc[f & 0xFF])) becomeSignificant<false>(dec, p, i & 1, f, i == 0, s + i, c);
+                if ((p0[0] | p0[fs]) & kVisit2) {
+                    p0[0] &= ~kVisit2;
+                    p0[fs] &= ~kVisit2;
                 }
-                p0[0] &= ~kVisit2;
-                p0[fs] &= ~kVisit2;
             }
         }
         if (!segSym) return true;
