@@ -194,4 +194,21 @@ inline void markSignificant(uint32_t* p, int32_t stride, int odd, uint32_t neg, 
     }
 }
 
+// Calls row(p, sh, sample, i) for rows `from` to `rows - 1` of one stripe
+// column: p its flag word, sh the half (0 or 16), sample the coefficient's
+// address. A full stripe is unrolled so that word and half are constants.
+template <class Ptr, class Row>
+[[gnu::always_inline]] inline void eachRow(int rows, int from, uint32_t* p0, int32_t fs, Ptr col, int32_t step,
+                                           Row&& row) {
+    const intptr_t st = step;
+    if (rows == 4 && from == 0) {
+        row(p0, 0, col, 0);
+        row(p0, 16, col + st, 1);
+        row(p0 + fs, 0, col + 2 * st, 2);
+        row(p0 + fs, 16, col + 3 * st, 3);
+    } else {
+        for (int i = from; i < rows; ++i) row(p0 + (i >> 1) * fs, (i & 1) * 16, col + i * st, i);
+    }
+}
+
 }  // namespace vqcj::t1

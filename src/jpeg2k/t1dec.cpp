@@ -136,21 +136,6 @@ struct PassDecoder {
     bool vc;
     int plane;
 
-    // Calls row(p, sh, sample, i) for the rows from `from` of one stripe
-    // column: p the flag word, sh the half, sample the coefficient. A full
-    // stripe is unrolled so that the word and half are constants.
-    template <class Row>
-    [[gnu::always_inline]] void eachRow(int rows, int from, uint32_t* p0, uint8_t* col, Row&& row) {
-        if (rows == 4 && from == 0) {
-            row(p0, 0, col, 0);
-            row(p0, 16, col + step, 1);
-            row(p0 + fs, 0, col + 2 * static_cast<intptr_t>(step), 2);
-            row(p0 + fs, 16, col + 3 * static_cast<intptr_t>(step), 3);
-        } else {
-            for (int i = from; i < rows; ++i) row(p0 + (i >> 1) * fs, (i & 1) * 16, col + static_cast<intptr_t>(i) * step, i);
-        }
-    }
-
     template <bool RAW, class D>
     [[gnu::always_inline]] void becomeSignificant(D& dec, uint32_t* p, int sh, uint32_t f, int i, uint8_t* smp) {
         uint32_t neg;
@@ -175,7 +160,7 @@ struct PassDecoder {
                 uint32_t* p0 = f0 + c;
                 const uint32_t a = p0[0], b = p0[fs];
                 if ((((a & ~(a >> 2)) | (b & ~(b >> 2))) & ((kNbr << 16) | kNbr)) == 0) continue;
-                eachRow(rows, 0, p0, d0 + 4 * c, [&](uint32_t* p, int sh, uint8_t* smp, int i) {
+                eachRow(rows, 0, p0, fs, d0 + 4 * c, step, [&](uint32_t* p, int sh, uint8_t* smp, int i) {
                     const uint32_t f = *p >> sh;
                     if ((f & (kSig | kNbr)) != kNbr) return;
                     const uint32_t v = dec.decode(ctx + zc[f & 0xFF]);
@@ -195,7 +180,7 @@ struct PassDecoder {
             for (int c = 0; c < w; ++c) {
                 uint32_t* p0 = f0 + c;
                 if (((p0[0] | p0[fs]) & ((kSig << 16) | kSig)) == 0) continue;
-                eachRow(rows, 0, p0, d0 + 4 * c, [&](uint32_t* p, int sh, uint8_t* smp, int) {
+                eachRow(rows, 0, p0, fs, d0 + 4 * c, step, [&](uint32_t* p, int sh, uint8_t* smp, int) {
                     const uint32_t f = *p >> sh;
                     if ((f & (kSig | kVisit)) != kSig) return;
                     uint32_t v;
@@ -229,9 +214,9 @@ struct PassDecoder {
                     r |= static_cast<int>(dec.decode(ctx + kCtxUni));
                     uint8_t* smp = d0 + 4 * c + static_cast<intptr_t>(r) * step;
                     becomeSignificant<false>(dec, p0 + (r >> 1) * fs, (r & 1) * 16, 0, r, smp);
-                    eachRow(rows, r + 1, p0, d0 + 4 * c, row);
+                    eachRow(rows, r + 1, p0, fs, d0 + 4 * c, step, row);
                 } else {
-                    eachRow(rows, 0, p0, d0 + 4 * c, row);
+                    eachRow(rows, 0, p0, fs, d0 + 4 * c, step, row);
                 }
                 if ((p0[0] | p0[fs]) & kVisit2) {
                     p0[0] &= ~kVisit2;

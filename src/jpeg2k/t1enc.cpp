@@ -117,7 +117,7 @@ struct PassRunner {
     uint32_t distIndex(uint32_t x) const { return (x >> shr) << shl; }
 
     template <bool RAW>
-    void becomeSignificant(uint32_t* p, int odd, uint32_t x, uint32_t f, bool firstRow) {
+    [[gnu::always_inline]] void becomeSignificant(uint32_t* p, int sh, uint32_t x, uint32_t f, int i) {
         const uint32_t neg = x >> 31;
         if (RAW) {
             put(neg, 0);
@@ -125,7 +125,7 @@ struct PassRunner {
             const uint32_t e = kSc[(f >> 4) & 511];
             put(neg ^ (e >> 31), e & 15);
         }
-        markSignificant(p, fs, odd, neg, vc && firstRow);
+        markSignificant(p, fs, sh != 0, neg, vc && i == 0);
         acc += static_cast<uint32_t>(sigD[distIndex(x) & 63]);
     }
 
@@ -141,17 +141,15 @@ struct PassRunner {
                 // significant neighbour; one test covers two rows.
                 const uint32_t a = p0[0], b = p0[fs];
                 if ((((a & ~(a >> 2)) | (b & ~(b >> 2))) & ((kNbr << 16) | kNbr)) == 0) continue;
-                for (int i = 0; i < rows; ++i) {
-                    uint32_t* p = p0 + (i >> 1) * fs;
-                    const int sh = (i & 1) * 16;
+                eachRow(rows, 0, p0, fs, row0 + 4 * c, step, [&](uint32_t* p, int sh, const uint8_t* q, int i) {
                     const uint32_t f = *p >> sh;
-                    if ((f & (kSig | kNbr)) != kNbr) continue;
-                    const uint32_t x = load32(row0 + static_cast<intptr_t>(i) * step + 4 * c);
+                    if ((f & (kSig | kNbr)) != kNbr) return;
+                    const uint32_t x = load32(q);
                     const uint32_t v = (x >> plane) & 1;
                     put(v, RAW ? 0 : zc[f & 0xFF]);
                     *p |= kVisit << sh;
-                    if (v) becomeSignificant<RAW>(p, i & 1, x, f, i == 0);
-                }
+                    if (v) becomeSignificant<RAW>(p, sh, x, f, i);
+                });
             }
         }
     }
@@ -165,34 +163,41 @@ struct PassRunner {
             for (int c = 0; c < w; ++c) {
                 uint32_t* p0 = f0 + c;
                 if (((p0[0] | p0[fs]) & ((kSig << 16) | kSig)) == 0) continue;
-                for (int i = 0; i < rows; ++i) {
-                    uint32_t* p = p0 + (i >> 1) * fs;
-                    const int sh = (i & 1) * 16;
+                eachRow(rows, 0, p0, fs, row0 + 4 * c, step, [&](uint32_t* p, int sh, const uint8_t* q, int) {
                     const uint32_t f = *p >> sh;
-                    if ((f & (kSig | kVisit)) != kSig) continue;
-                    const uint32_t x = load32(row0 + static_cast<intptr_t>(i) * step + 4 * c);
+                    if ((f & (kSig | kVisit)) != kSig) return;
+                    const uint32_t x = load32(q);
                     put((x >> plane) & 1, RAW ? 0 : kMr[f & 511]);
                     *p |= kRefined << sh;
                     acc += static_cast<uint32_t>(refD[distIndex(x) & 127]);
-                }
+                });
             }
         }
     }
 
     void cleanup(bool segSym) {
         constexpr uint32_t kVisit2 = (kVisit << 16) | kVisit;
+        auto row = [&](uint32_t* p, int sh, const uint8_t* q, int i) {
+            const uint32_t f = *p >> sh;
+            if (f & (kSig | kVisit)) return;
+            const uint32_t x = load32(q);
+            const uint32_t v = (x >> plane) & 1;
+            put(v, zc[f & 0xFF]);
+            if (v) becomeSignificant<false>(p, sh, x, f, i);
+        };
+        const intptr_t st = step;
         for (int s = 0; s < h; s += 4) {
             const int rows = std::min(4, h - s);
             uint32_t* f0 = fl + (s >> 1) * fs;
             const uint8_t* row0 = src + static_cast<intptr_t>(s) * step;
             for (int c = 0; c < w; ++c) {
                 uint32_t* p0 = f0 + c;
-                int i = 0;
+                const uint8_t* q = row0 + 4 * c;
                 if (rows == 4 && (p0[0] | p0[fs]) == 0) {
                     // Run mode: one decision for four quiet coefficients.
-                    const uint8_t* q = row0 + 4 * c;
-                    uint32_t bits = 0;
-                    for (int k = 0; k < 4; ++k) bits |= ((load32(q + static_cast<intptr_t>(k) * step) >> plane) & 1) << k;
+                    const uint32_t bits = ((load32(q) >> plane) & 1) | (((load32(q + st) >> plane) & 1) << 1) |
+                                          (((load32(q + 2 * st) >> plane) & 1) << 2) |
+                                          (((load32(q + 3 * st) >> plane) & 1) << 3);
                     if (bits == 0) {
                         put(0, kCtxRun);
                         continue;
@@ -201,22 +206,15 @@ struct PassRunner {
                     put(1, kCtxRun);
                     put(static_cast<uint32_t>(r >> 1), kCtxUni);
                     put(static_cast<uint32_t>(r & 1), kCtxUni);
-                    const uint32_t x = load32(q + static_cast<intptr_t>(r) * step);
-                    becomeSignificant<false>(p0 + (r >> 1) * fs, r & 1, x, 0, r == 0);
-                    i = r + 1;
+                    becomeSignificant<false>(p0 + (r >> 1) * fs, (r & 1) * 16, load32(q + r * st), 0, r);
+                    eachRow(rows, r + 1, p0, fs, q, step, row);
+                } else {
+                    eachRow(rows, 0, p0, fs, q, step, row);
                 }
-                for (; i < rows; ++i) {
-                    uint32_t* p = p0 + (i >> 1) * fs;
-                    const int sh = (i & 1) * 16;
-                    const uint32_t f = *p >> sh;
-                    if (f & (kSig | kVisit)) continue;
-                    const uint32_t x = load32(row0 + static_cast<intptr_t>(i) * step + 4 * c);
-                    const uint32_t v = (x >> plane) & 1;
-                    put(v, zc[f & 0xFF]);
-                    if (v) becomeSignificant<false>(p, i & 1, x, f, i == 0);
+                if ((p0[0] | p0[fs]) & kVisit2) {
+                    p0[0] &= ~kVisit2;
+                    p0[fs] &= ~kVisit2;
                 }
-                p0[0] &= ~kVisit2;
-                p0[fs] &= ~kVisit2;
             }
         }
         if (segSym) {
