@@ -194,6 +194,36 @@ inline void markSignificant(uint32_t* p, int32_t stride, int odd, uint32_t neg, 
     }
 }
 
+// Calls col(p0, rows, sample) for every stripe column in scan order: p0 the
+// flag word of its first two rows, rows its height (4 but in the last
+// stripe), sample the address of its first coefficient.
+template <class Ptr, class Col>
+[[gnu::always_inline]] inline void eachColumn(int w, int h, uint32_t* fl, int32_t fs, Ptr base, int32_t step,
+                                              Col&& col) {
+    for (int s = 0; s < h; s += 4) {
+        const int rows = h - s < 4 ? h - s : 4;
+        uint32_t* f0 = fl + (s >> 1) * fs;
+        Ptr row0 = base + static_cast<intptr_t>(s) * step;
+        for (int c = 0; c < w; ++c) col(f0 + c, rows, row0 + 4 * c);
+    }
+}
+
+// Column tests on the two words of a stripe column: some insignificant
+// coefficient with a significant neighbour; some significant coefficient.
+constexpr bool hasSigCandidate(uint32_t a, uint32_t b) {
+    return (((a & ~(a >> 2)) | (b & ~(b >> 2))) & ((kNbr << 16) | kNbr)) != 0;
+}
+constexpr bool hasSignificant(uint32_t a, uint32_t b) { return ((a | b) & ((kSig << 16) | kSig)) != 0; }
+constexpr uint32_t kVisit2 = (kVisit << 16) | kVisit;
+
+// After a cleanup column, nothing counts as coded in this plane any more.
+inline void clearVisits(uint32_t* p0, int32_t fs) {
+    if ((p0[0] | p0[fs]) & kVisit2) {
+        p0[0] &= ~kVisit2;
+        p0[fs] &= ~kVisit2;
+    }
+}
+
 // Calls row(p, sh, sample, i) for rows `from` to `rows - 1` of one stripe
 // column: p its flag word, sh the half (0 or 16), sample the coefficient's
 // address. A full stripe is unrolled so that word and half are constants.

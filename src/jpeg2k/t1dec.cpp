@@ -152,78 +152,54 @@ struct PassDecoder {
 
     template <bool RAW, class D>
     void significance(D& dec) {
-        for (int s = 0; s < h; s += 4) {
-            const int rows = std::min(4, h - s);
-            uint32_t* f0 = fl + (s >> 1) * fs;
-            uint8_t* d0 = dst + static_cast<intptr_t>(s) * step;
-            for (int c = 0; c < w; ++c) {
-                uint32_t* p0 = f0 + c;
-                const uint32_t a = p0[0], b = p0[fs];
-                if ((((a & ~(a >> 2)) | (b & ~(b >> 2))) & ((kNbr << 16) | kNbr)) == 0) continue;
-                eachRow(rows, 0, p0, fs, d0 + 4 * c, step, [&](uint32_t* p, int sh, uint8_t* smp, int i) {
-                    const uint32_t f = *p >> sh;
-                    if ((f & (kSig | kNbr)) != kNbr) return;
-                    const uint32_t v = dec.decode(ctx + zc[f & 0xFF]);
-                    *p |= kVisit << sh;
-                    if (v) becomeSignificant<RAW>(dec, p, sh, f, i, smp);
-                });
-            }
-        }
+        eachColumn(w, h, fl, fs, dst, step, [&](uint32_t* p0, int rows, uint8_t* q0) __attribute__((always_inline)) {
+            if (!hasSigCandidate(p0[0], p0[fs])) return;
+            eachRow(rows, 0, p0, fs, q0, step, [&](uint32_t* p, int sh, uint8_t* smp, int i) __attribute__((always_inline)) {
+                const uint32_t f = *p >> sh;
+                if ((f & (kSig | kNbr)) != kNbr) return;
+                const uint32_t v = dec.decode(ctx + zc[f & 0xFF]);
+                *p |= kVisit << sh;
+                if (v) becomeSignificant<RAW>(dec, p, sh, f, i, smp);
+            });
+        });
     }
 
     template <class D>
     void refinement(D& dec) {
-        for (int s = 0; s < h; s += 4) {
-            const int rows = std::min(4, h - s);
-            uint32_t* f0 = fl + (s >> 1) * fs;
-            uint8_t* d0 = dst + static_cast<intptr_t>(s) * step;
-            for (int c = 0; c < w; ++c) {
-                uint32_t* p0 = f0 + c;
-                if (((p0[0] | p0[fs]) & ((kSig << 16) | kSig)) == 0) continue;
-                eachRow(rows, 0, p0, fs, d0 + 4 * c, step, [&](uint32_t* p, int sh, uint8_t* smp, int) {
-                    const uint32_t f = *p >> sh;
-                    if ((f & (kSig | kVisit)) != kSig) return;
-                    uint32_t v;
-                    std::memcpy(&v, smp, 4);
-                    v |= dec.decode(ctx + kMr[f & 511]) << plane;
-                    std::memcpy(smp, &v, 4);
-                    *p |= kRefined << sh;
-                });
-            }
-        }
+        eachColumn(w, h, fl, fs, dst, step, [&](uint32_t* p0, int rows, uint8_t* q0) __attribute__((always_inline)) {
+            if (!hasSignificant(p0[0], p0[fs])) return;
+            eachRow(rows, 0, p0, fs, q0, step, [&](uint32_t* p, int sh, uint8_t* smp, int) __attribute__((always_inline)) {
+                const uint32_t f = *p >> sh;
+                if ((f & (kSig | kVisit)) != kSig) return;
+                uint32_t v;
+                std::memcpy(&v, smp, 4);
+                v |= dec.decode(ctx + kMr[f & 511]) << plane;
+                std::memcpy(smp, &v, 4);
+                *p |= kRefined << sh;
+            });
+        });
     }
 
     // False when the segmentation symbol does not read back.
     bool cleanup(MqDec& dec, bool segSym) {
-        constexpr uint32_t kVisit2 = (kVisit << 16) | kVisit;
-        auto row = [&](uint32_t* p, int sh, uint8_t* smp, int i) {
+        auto row = [&](uint32_t* p, int sh, uint8_t* smp, int i) __attribute__((always_inline)) {
             const uint32_t f = *p >> sh;
             if (f & (kSig | kVisit)) return;
             if (dec.decode(ctx + zc[f & 0xFF])) becomeSignificant<false>(dec, p, sh, f, i, smp);
         };
-        for (int s = 0; s < h; s += 4) {
-            const int rows = std::min(4, h - s);
-            uint32_t* f0 = fl + (s >> 1) * fs;
-            uint8_t* d0 = dst + static_cast<intptr_t>(s) * step;
-            for (int c = 0; c < w; ++c) {
-                uint32_t* p0 = f0 + c;
-                const uint32_t a = p0[0], b = p0[fs];
-                if (rows == 4 && (a | b) == 0) {
-                    if (!dec.decode(ctx + kCtxRun)) continue;
-                    int r = static_cast<int>(dec.decode(ctx + kCtxUni)) << 1;
-                    r |= static_cast<int>(dec.decode(ctx + kCtxUni));
-                    uint8_t* smp = d0 + 4 * c + static_cast<intptr_t>(r) * step;
-                    becomeSignificant<false>(dec, p0 + (r >> 1) * fs, (r & 1) * 16, 0, r, smp);
-                    eachRow(rows, r + 1, p0, fs, d0 + 4 * c, step, row);
-                } else {
-                    eachRow(rows, 0, p0, fs, d0 + 4 * c, step, row);
-                }
-                if ((p0[0] | p0[fs]) & kVisit2) {
-                    p0[0] &= ~kVisit2;
-                    p0[fs] &= ~kVisit2;
-                }
+        eachColumn(w, h, fl, fs, dst, step, [&](uint32_t* p0, int rows, uint8_t* q) __attribute__((always_inline)) {
+            if (rows == 4 && (p0[0] | p0[fs]) == 0) {
+                if (!dec.decode(ctx + kCtxRun)) return;
+                int r = static_cast<int>(dec.decode(ctx + kCtxUni)) << 1;
+                r |= static_cast<int>(dec.decode(ctx + kCtxUni));
+                becomeSignificant<false>(dec, p0 + (r >> 1) * fs, (r & 1) * 16, 0, r,
+                                         q + static_cast<intptr_t>(r) * step);
+                eachRow(rows, r + 1, p0, fs, q, step, row);
+            } else {
+                eachRow(rows, 0, p0, fs, q, step, row);
             }
-        }
+            clearVisits(p0, fs);
+        });
         if (!segSym) return true;
         uint32_t sym = 0;
         for (int k = 0; k < 4; ++k) sym = (sym << 1) | dec.decode(ctx + kCtxUni);

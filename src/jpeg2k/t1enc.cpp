@@ -131,53 +131,37 @@ struct PassRunner {
 
     template <bool RAW>
     void significance() {
-        for (int s = 0; s < h; s += 4) {
-            const int rows = std::min(4, h - s);
-            uint32_t* f0 = fl + (s >> 1) * fs;
-            const uint8_t* row0 = src + static_cast<intptr_t>(s) * step;
-            for (int c = 0; c < w; ++c) {
-                uint32_t* p0 = f0 + c;
-                // Nothing to do unless an insignificant coefficient has a
-                // significant neighbour; one test covers two rows.
-                const uint32_t a = p0[0], b = p0[fs];
-                if ((((a & ~(a >> 2)) | (b & ~(b >> 2))) & ((kNbr << 16) | kNbr)) == 0) continue;
-                eachRow(rows, 0, p0, fs, row0 + 4 * c, step, [&](uint32_t* p, int sh, const uint8_t* q, int i) {
-                    const uint32_t f = *p >> sh;
-                    if ((f & (kSig | kNbr)) != kNbr) return;
-                    const uint32_t x = load32(q);
-                    const uint32_t v = (x >> plane) & 1;
-                    put(v, RAW ? 0 : zc[f & 0xFF]);
-                    *p |= kVisit << sh;
-                    if (v) becomeSignificant<RAW>(p, sh, x, f, i);
-                });
-            }
-        }
+        eachColumn(w, h, fl, fs, src, step, [&](uint32_t* p0, int rows, const uint8_t* q0) __attribute__((always_inline)) {
+            if (!hasSigCandidate(p0[0], p0[fs])) return;
+            eachRow(rows, 0, p0, fs, q0, step, [&](uint32_t* p, int sh, const uint8_t* q, int i) __attribute__((always_inline)) {
+                const uint32_t f = *p >> sh;
+                if ((f & (kSig | kNbr)) != kNbr) return;
+                const uint32_t x = load32(q);
+                const uint32_t v = (x >> plane) & 1;
+                put(v, RAW ? 0 : zc[f & 0xFF]);
+                *p |= kVisit << sh;
+                if (v) becomeSignificant<RAW>(p, sh, x, f, i);
+            });
+        });
     }
 
     template <bool RAW>
     void refinement() {
-        for (int s = 0; s < h; s += 4) {
-            const int rows = std::min(4, h - s);
-            uint32_t* f0 = fl + (s >> 1) * fs;
-            const uint8_t* row0 = src + static_cast<intptr_t>(s) * step;
-            for (int c = 0; c < w; ++c) {
-                uint32_t* p0 = f0 + c;
-                if (((p0[0] | p0[fs]) & ((kSig << 16) | kSig)) == 0) continue;
-                eachRow(rows, 0, p0, fs, row0 + 4 * c, step, [&](uint32_t* p, int sh, const uint8_t* q, int) {
-                    const uint32_t f = *p >> sh;
-                    if ((f & (kSig | kVisit)) != kSig) return;
-                    const uint32_t x = load32(q);
-                    put((x >> plane) & 1, RAW ? 0 : kMr[f & 511]);
-                    *p |= kRefined << sh;
-                    acc += static_cast<uint32_t>(refD[distIndex(x) & 127]);
-                });
-            }
-        }
+        eachColumn(w, h, fl, fs, src, step, [&](uint32_t* p0, int rows, const uint8_t* q0) __attribute__((always_inline)) {
+            if (!hasSignificant(p0[0], p0[fs])) return;
+            eachRow(rows, 0, p0, fs, q0, step, [&](uint32_t* p, int sh, const uint8_t* q, int) __attribute__((always_inline)) {
+                const uint32_t f = *p >> sh;
+                if ((f & (kSig | kVisit)) != kSig) return;
+                const uint32_t x = load32(q);
+                put((x >> plane) & 1, RAW ? 0 : kMr[f & 511]);
+                *p |= kRefined << sh;
+                acc += static_cast<uint32_t>(refD[distIndex(x) & 127]);
+            });
+        });
     }
 
     void cleanup(bool segSym) {
-        constexpr uint32_t kVisit2 = (kVisit << 16) | kVisit;
-        auto row = [&](uint32_t* p, int sh, const uint8_t* q, int i) {
+        auto row = [&](uint32_t* p, int sh, const uint8_t* q, int i) __attribute__((always_inline)) {
             const uint32_t f = *p >> sh;
             if (f & (kSig | kVisit)) return;
             const uint32_t x = load32(q);
@@ -186,37 +170,27 @@ struct PassRunner {
             if (v) becomeSignificant<false>(p, sh, x, f, i);
         };
         const intptr_t st = step;
-        for (int s = 0; s < h; s += 4) {
-            const int rows = std::min(4, h - s);
-            uint32_t* f0 = fl + (s >> 1) * fs;
-            const uint8_t* row0 = src + static_cast<intptr_t>(s) * step;
-            for (int c = 0; c < w; ++c) {
-                uint32_t* p0 = f0 + c;
-                const uint8_t* q = row0 + 4 * c;
-                if (rows == 4 && (p0[0] | p0[fs]) == 0) {
-                    // Run mode: one decision for four quiet coefficients.
-                    const uint32_t bits = ((load32(q) >> plane) & 1) | (((load32(q + st) >> plane) & 1) << 1) |
-                                          (((load32(q + 2 * st) >> plane) & 1) << 2) |
-                                          (((load32(q + 3 * st) >> plane) & 1) << 3);
-                    if (bits == 0) {
-                        put(0, kCtxRun);
-                        continue;
-                    }
-                    const int r = std::countr_zero(bits);
-                    put(1, kCtxRun);
-                    put(static_cast<uint32_t>(r >> 1), kCtxUni);
-                    put(static_cast<uint32_t>(r & 1), kCtxUni);
-                    becomeSignificant<false>(p0 + (r >> 1) * fs, (r & 1) * 16, load32(q + r * st), 0, r);
-                    eachRow(rows, r + 1, p0, fs, q, step, row);
-                } else {
-                    eachRow(rows, 0, p0, fs, q, step, row);
+        eachColumn(w, h, fl, fs, src, step, [&](uint32_t* p0, int rows, const uint8_t* q) __attribute__((always_inline)) {
+            if (rows == 4 && (p0[0] | p0[fs]) == 0) {
+                // Run mode: one decision for four quiet coefficients.
+                const uint32_t bits = ((load32(q) >> plane) & 1) | (((load32(q + st) >> plane) & 1) << 1) |
+                                      (((load32(q + 2 * st) >> plane) & 1) << 2) |
+                                      (((load32(q + 3 * st) >> plane) & 1) << 3);
+                if (bits == 0) {
+                    put(0, kCtxRun);
+                    return;
                 }
-                if ((p0[0] | p0[fs]) & kVisit2) {
-                    p0[0] &= ~kVisit2;
-                    p0[fs] &= ~kVisit2;
-                }
+                const int r = std::countr_zero(bits);
+                put(1, kCtxRun);
+                put(static_cast<uint32_t>(r >> 1), kCtxUni);
+                put(static_cast<uint32_t>(r & 1), kCtxUni);
+                becomeSignificant<false>(p0 + (r >> 1) * fs, (r & 1) * 16, load32(q + r * st), 0, r);
+                eachRow(rows, r + 1, p0, fs, q, step, row);
+            } else {
+                eachRow(rows, 0, p0, fs, q, step, row);
             }
-        }
+            clearVisits(p0, fs);
+        });
         if (segSym) {
             put(1, kCtxUni);
             put(0, kCtxUni);
