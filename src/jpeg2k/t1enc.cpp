@@ -41,12 +41,12 @@ struct OwnT1Coder {
     int32_t passStart[kMaxPasses + 1];
     int32_t passBytes[kMaxPasses];
     uint8_t passKind[kMaxPasses];   // 0 MQ, 1 raw
-    uint8_t rateChecked[kMaxPasses];
     int32_t passRate[kMaxPasses];   // cumulative
     int32_t emitPass;
     int32_t segFirst;    // first pass of the open segment
     int32_t delivered;   // bytes handed to the caller
     int32_t bytesAtPassEnd;
+    int32_t firstUnchecked;  // first pass whose rate may still end in 0xFF
     uint8_t lastDelivered;
     int32_t reset, termAll;
 };
@@ -241,7 +241,6 @@ void finishPass(OwnT1Coder& k, MqEnc& mq, RawEnc& raw) {
     k.passRate[pass] = rate;
     k.passBytes[pass] = k.bytesOut - k.bytesAtPassEnd;
     k.bytesAtPassEnd = k.bytesOut;
-    k.rateChecked[pass] = 0;
     if (segEnd) resetSegment(k);
     else if (isRaw) {
         k.rawByte = raw.byte;
@@ -389,7 +388,7 @@ VQCJ_API VqcStatus vqciEncodeLoadCodeBlock_JPEG2K_32s_C1R(const Vqc32s* pSrc, in
     k.termAll = (codeStyleFlags & kTermAll) != 0;
     k.qWrite = k.qRead = 0;
     k.bytesOut = k.delivered = k.bytesAtPassEnd = 0;
-    k.emitPass = k.emitPos = k.segFirst = 0;
+    k.emitPass = k.emitPos = k.segFirst = k.firstUnchecked = 0;
     k.passStart[0] = 0;
 
     const auto* src = reinterpret_cast<const uint8_t*>(pSrc);
@@ -488,16 +487,16 @@ VQCJ_API VqcStatus vqciEncodeStoreBits_JPEG2K_1u(Vqc8u* pDst, int32_t* pDstLen, 
     *pIsNotFinish = (k.emitPass < k.nPasses || k.qRead != k.qWrite) ? 1 : 0;
 
     // A segment need not end in 0xFF: the decoder reads ones past its end.
-    for (int32_t p = 0; p < k.emitPass; ++p) {
-        if (k.rateChecked[p]) continue;
+    // Rates never fall from pass to pass, so the checked ones are a prefix.
+    for (int32_t p = k.firstUnchecked; p < k.emitPass; ++p) {
         const int32_t r = k.passRate[p];
-        if (r > k.delivered) continue;
+        if (r > k.delivered) break;
         if (r > callStart) {
             if (pDst[r - 1 - callStart] == 0xFF) k.passRate[p] = r - 1;
         } else if (r > 0 && r == callStart && prevLast == 0xFF) {
             k.passRate[p] = r - 1;  // its last byte came with an earlier call
         }
-        k.rateChecked[p] = 1;
+        k.firstUnchecked = p + 1;
     }
     return vqcStatusOk;
 }
