@@ -35,7 +35,8 @@ struct VqciDecodeCBProgrState_JPEG2K {
     uint32_t* flagBuf;  // 32-byte aligned, inside the record's memory
     int32_t flagStride;  // bytes
     const uint8_t* zc;
-    uint32_t A, C;
+    uint32_t A;
+    uint64_t C;
     int32_t CT;
     uint8_t ctx[20];
 };
@@ -45,54 +46,49 @@ namespace {
 constexpr int32_t kStateHeader = 388;
 static_assert(sizeof(VqciDecodeCBProgrState_JPEG2K) + 31 <= kStateHeader);
 
+// The MQ decoder with its code register widened to 64 bits: the 16 bits
+// compared with Qe sit at the top, and up to 40 bits of the stream wait
+// below them, so that bytes come in a few at a time and a symbol needs no
+// test for them. Bytes enter exactly where the standard's byte-in would
+// put them, so every comparison sees the same bits.
 struct MqDec {
-    uint32_t A, C;
-    int32_t CT;
+    uint32_t A;
+    uint64_t C;
+    int32_t CT;  // stream bits waiting below the top 16
     const uint8_t* bp;
     const uint8_t* end;
 
     uint32_t at(const uint8_t* p) const { return p < end ? *p : 0xFF; }
-    void byteIn() {
-        if (at(bp) == 0xFF) {
-            const uint32_t b1 = end - bp > 1 ? bp[1] : 0xFF;
-            if (b1 > 0x8F) {  // a marker or the end: ones from here on
-                C += 0xFF00;
-                CT = 8;
+    void fill() {
+        while (CT <= 32) {
+            if (at(bp) == 0xFF) {
+                const uint32_t b1 = end - bp > 1 ? bp[1] : 0xFF;
+                if (b1 > 0x8F) {  // a marker or the end: ones from here on
+                    C += uint64_t{0xFF} << (40 - CT);
+                    CT += 8;
+                } else {
+                    ++bp;
+                    C += uint64_t{b1} << (41 - CT);  // seven bits after 0xFF
+                    CT += 7;
+                }
             } else {
                 ++bp;
-                C += b1 << 9;
-                CT = 7;
+                C += uint64_t{at(bp)} << (40 - CT);
+                CT += 8;
             }
-        } else {
-            ++bp;
-            C += at(bp) << 8;
-            CT = 8;
         }
     }
     void init(const uint8_t* p, int32_t len) {
         bp = p;
         end = p + len;
-        C = at(bp) << 16;
-        byteIn();
+        C = uint64_t{at(bp)} << 48;
+        CT = 0;
+        fill();
         C <<= 7;
         CT -= 7;
         A = 0x8000;
     }
-    void renorm() {
-        int n = std::countl_zero(A) - 16;
-        if (n > CT) [[unlikely]] {
-            do {
-                A <<= CT;
-                C <<= CT;
-                n -= CT;
-                byteIn();
-            } while (n > CT);
-        }
-        A <<= n;
-        C <<= n;
-        CT -= n;
-    }
-    // Branch-free but for the byte-in. The symbol is the MPS unless exactly
+    // Branch-free but for the refill. The symbol is the MPS unless exactly
     // one of "C in the lower share" and "conditional exchange" holds; A
     // becomes Qe in the lower share, C drops by Qe in the upper one.
     uint32_t decode(uint8_t* cx) {
@@ -100,13 +96,17 @@ struct MqDec {
         const MqStep e = kMqSteps[s];
         const uint32_t qe = e.qe;
         const uint32_t a = A - qe;
-        const uint32_t lower = (C >> 16) < qe;
+        const uint32_t lower = static_cast<uint32_t>(C >> 48) < qe;
         const uint32_t d = (s & 1) ^ lower ^ (a < qe);
-        C -= (qe << 16) & (lower - 1);
+        C -= (uint64_t{qe} << 48) & (uint64_t{lower} - 1);
         A = lower ? qe : a;
         const uint32_t mpsNext = (A & 0x8000) ? s : e.nmps;
         *cx = static_cast<uint8_t>(d != (s & 1) ? e.nlps : mpsNext);
-        renorm();
+        const int n = std::countl_zero(A) - 16;
+        A <<= n;
+        C <<= n;
+        CT -= n;
+        if (CT < 16) [[unlikely]] fill();
         return d;
     }
 };
