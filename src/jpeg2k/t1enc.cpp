@@ -400,8 +400,9 @@ VQCJ_API VqcStatus vqciEncodeLoadCodeBlock_JPEG2K_32s_C1R(const Vqc32s* pSrc, in
     any &= 0x7FFFFFFF;
     const int32_t numBits = any ? 32 - std::countl_zero(any) : 0;
     *pSfBits = numBits;
-    // Planes below 0 hold nothing; magnBits above 31 codes down to plane 0.
-    const int32_t stopPlane = std::max(31 - magnBits, 0);
+    // Planes below 0 hold nothing: magnBits above 31 codes down to plane 0;
+    // a negative one leaves nothing to code.
+    const int32_t stopPlane = magnBits >= 31 ? 0 : magnBits < 0 ? 32 : 31 - magnBits;
     const int32_t topPlane = numBits - 1;
     pState->stopPlane = stopPlane;
     pState->lossless = (codeStyleFlags & kLossless) != 0;
