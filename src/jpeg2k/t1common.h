@@ -49,8 +49,10 @@ constexpr int kCtxUni = 0, kCtxRun = 1;
 constexpr int kNumCtx = 19;
 
 // Flag rows: 4 * width + 8 bytes rounded up to 32, (height + 1) / 2 + 2 rows.
-constexpr int32_t flagStrideBytes(int32_t w) { return 4 * w + 8 + ((-8 - 4 * w) & 31); }
-constexpr int32_t flagRows(int32_t h) { return (h + 1) / 2 + 2; }
+// Both in 64 bits, so that no width or height can overflow them.
+constexpr int64_t flagStrideBytes(int64_t w) { return 4 * w + 8 + ((-8 - 4 * w) & 31); }
+constexpr int64_t flagRows(int64_t h) { return (h + 1) / 2 + 2; }
+constexpr int64_t flagBufferBytes(int64_t w, int64_t h) { return flagStrideBytes(w) * flagRows(h); }
 
 // MQ probability states: Qe, next on MPS, next on LPS, switch.
 constexpr uint32_t kMqStates[47][4] = {

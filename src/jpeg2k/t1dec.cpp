@@ -268,9 +268,10 @@ void initState(VqciDecodeCBProgrState_JPEG2K* s) {
 extern "C" {
 
 VQCJ_API VqcStatus vqciDecodeCBProgrGetStateSize_JPEG2K(int32_t width, int32_t height, int32_t* pSize) {
-    if (VqcStatus st = Check().size(width).size(height).ptr(pSize)) return st;
-    const int64_t n = static_cast<int64_t>(flagStrideBytes(width)) * flagRows(height) + kStateHeader;
-    *pSize = n > INT32_MAX ? INT32_MAX : static_cast<int32_t>(n);
+    const int64_t n = flagBufferBytes(width, height) + kStateHeader;
+    if (VqcStatus st = Check().size(width).size(height).ptr(pSize).fail(n > INT32_MAX, vqcStatusBadSize))
+        return st;
+    *pSize = static_cast<int32_t>(n);
     return vqcStatusOk;
 }
 
@@ -282,7 +283,7 @@ VQCJ_API VqcStatus vqciDecodeCBProgrInitAlloc_JPEG2K(VqciDecodeCBProgrState_JPEG
                                                      int32_t height) {
     if (VqcStatus st = Check().ptr(ppState).size(width).size(height)) return st;
     *ppState = nullptr;
-    const int64_t n = static_cast<int64_t>(flagStrideBytes(width)) * flagRows(height) + kStateHeader;
+    const int64_t n = flagBufferBytes(width, height) + kStateHeader;
     if (n > INT32_MAX) return vqcStatusNoMemory;
     auto* s = static_cast<VqciDecodeCBProgrState_JPEG2K*>(ownMalloc(static_cast<int32_t>(n)));
     if (!s) return vqcStatusNoMemory;
@@ -323,9 +324,9 @@ VQCJ_API VqcStatus vqciDecodeCBProgrAttach_JPEG2K_32s_C1R(Vqc32s* pDst, int32_t 
     s->flags = flags;
     if (!(flags & kKeepDst))
         for (int32_t r = 0; r < height; ++r) ownZeroBytes(s->dst + static_cast<intptr_t>(r) * dstStep, 4 * width);
-    s->flagStride = flagStrideBytes(width);
+    s->flagStride = static_cast<int32_t>(flagStrideBytes(width));
     if (!(flags & kKeepFlags))
-        ownZeroBytes(s->flagBuf, s->flagStride * flagRows(height));
+        ownZeroBytes(s->flagBuf, static_cast<int32_t>(flagBufferBytes(width, height)));
     s->bypassPlane = (flags & kBypass) ? std::max(subW(sfBits, 4), 0) : 0;
     s->plane = subW(sfBits, 1);
     s->passCounter = 0;

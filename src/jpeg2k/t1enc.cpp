@@ -325,7 +325,7 @@ VQCJ_API VqcStatus vqciEncodeInitAlloc_JPEG2K(VqciEncodeState_JPEG2K** ppState, 
     if (VqcStatus st = Check().ptr(ppState).size(size.height).size(size.width)) return st;
     const int64_t w = size.width, h = size.height;
     const int64_t recBytes = w * 1090 * ((h + 3) / 4);
-    const int64_t flagBytes = static_cast<int64_t>(flagStrideBytes(size.width)) * flagRows(size.height);
+    const int64_t flagBytes = flagBufferBytes(size.width, size.height);
     *ppState = nullptr;
     if (recBytes > INT32_MAX || flagBytes > INT32_MAX || 4 * w + 40 > INT32_MAX) return vqcStatusNoMemory;
     auto* s = static_cast<VqciEncodeState_JPEG2K*>(ownMalloc(sizeof(VqciEncodeState_JPEG2K)));
@@ -374,8 +374,8 @@ VQCJ_API VqcStatus vqciEncodeLoadCodeBlock_JPEG2K_32s_C1R(const Vqc32s* pSrc, in
         return st;
     OwnT1Coder& k = *pState->coder;
     const int32_t w = size.width, h = size.height;
-    const int32_t fs = flagStrideBytes(w) / 4;
-    const int32_t rowsF = flagRows(h);
+    const int32_t fs = static_cast<int32_t>(flagStrideBytes(w) / 4);
+    const int32_t rowsF = static_cast<int32_t>(flagRows(h));
     for (int32_t r = 0; r < rowsF; ++r) ownZeroBytes(pState->flags + r * fs, 4 * w + 8);
 
     // Coder reset.

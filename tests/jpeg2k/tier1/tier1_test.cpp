@@ -177,6 +177,7 @@ TEST(Tier1, DecoderCheckOrder) {
     EXPECT_EQ(size, 32 * 5 + 388);
     ASSERT_EQ(vqciDecodeGetBufSize_JPEG2K(7, 1, &size), vqcStatusOk);
     EXPECT_EQ(size, 64 * 3 + 388);
+    EXPECT_EQ(vqciDecodeGetBufSize_JPEG2K(1 << 30, 4, &size), vqcStatusBadSize);  // more than 32 bits hold
     EXPECT_EQ(vqciDecodeCBProgrInitAlloc_JPEG2K(nullptr, 0, 0), vqcStatusNullPtr);
     VqciDecodeCBProgrState_JPEG2K* s = nullptr;
     EXPECT_EQ(vqciDecodeCBProgrInitAlloc_JPEG2K(&s, 4, 0), vqcStatusBadSize);
