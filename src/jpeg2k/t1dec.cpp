@@ -287,6 +287,7 @@ VQCJ_API VqcStatus vqciDecodeCBProgrInitAlloc_JPEG2K(VqciDecodeCBProgrState_JPEG
     if (n > INT32_MAX) return vqcStatusNoMemory;
     auto* s = static_cast<VqciDecodeCBProgrState_JPEG2K*>(ownMalloc(static_cast<int32_t>(n)));
     if (!s) return vqcStatusNoMemory;
+    ownZeroBytes(s, static_cast<int32_t>(n));  // a first attach may keep the flags
     initState(s);
     *ppState = s;
     return vqcStatusOk;
