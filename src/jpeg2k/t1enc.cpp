@@ -453,7 +453,7 @@ VQCJ_API VqcStatus vqciEncodeLoadCodeBlock_JPEG2K_32s_C1R(const Vqc32s* pSrc, in
         pState->curExp -= 2;
     }
 
-    int32_t segs = k.nPasses > 0 ? 1 : 0;
+    int32_t segs = 1;
     for (int32_t p = 1; p < k.nPasses; ++p) segs += k.passKind[p] != k.passKind[p - 1];
     k.nTermPasses = k.termAll ? k.nPasses : segs;
     *pNOfPasses = k.nPasses;
