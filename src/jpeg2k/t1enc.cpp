@@ -61,7 +61,6 @@ struct VqciEncodeState_JPEG2K {
     int32_t curExp;
     int32_t lossless, stopPlane;
     uint32_t* flags;
-    int32_t maxW, maxH;
 };
 
 namespace {
@@ -211,6 +210,24 @@ void resetSegment(OwnT1Coder& k) {
     k.rawAfterFF = 0;
 }
 
+// Keeps the registers of the coder in use, and counts what it queued.
+void keepCoder(OwnT1Coder& k, const MqEnc& mq, const RawEnc& raw, bool isRaw) {
+    const uint32_t qw = isRaw ? raw.qw : mq.qw;
+    k.bytesOut += static_cast<int32_t>(qw - k.qWrite);
+    k.qWrite = qw;
+    if (isRaw) {
+        k.rawByte = raw.byte;
+        k.rawPos = raw.pos;
+        k.rawAfterFF = raw.afterFF;
+    } else {
+        k.A = mq.A;
+        k.C = mq.C;
+        k.CT = mq.CT;
+        k.B = mq.B;
+        k.first = mq.first;
+    }
+}
+
 // Closes the pass being emitted: termination at a segment's end, the pass's
 // byte count and its rate, the optional context reset.
 void finishPass(OwnT1Coder& k, MqEnc& mq, RawEnc& raw) {
@@ -222,9 +239,7 @@ void finishPass(OwnT1Coder& k, MqEnc& mq, RawEnc& raw) {
         if (isRaw) raw.flush();
         else mq.flush(k.mqTermType);
     }
-    const uint32_t qw = isRaw ? raw.qw : mq.qw;
-    k.bytesOut += static_cast<int32_t>(qw - k.qWrite);
-    k.qWrite = qw;
+    keepCoder(k, mq, raw, isRaw);
     if (segEnd) {
         rate = k.bytesOut;
         for (int32_t q = k.segFirst; q < pass; ++q) k.passRate[q] = std::min(k.passRate[q], rate);
@@ -242,17 +257,6 @@ void finishPass(OwnT1Coder& k, MqEnc& mq, RawEnc& raw) {
     k.passBytes[pass] = k.bytesOut - k.bytesAtPassEnd;
     k.bytesAtPassEnd = k.bytesOut;
     if (segEnd) resetSegment(k);
-    else if (isRaw) {
-        k.rawByte = raw.byte;
-        k.rawPos = raw.pos;
-        k.rawAfterFF = raw.afterFF;
-    } else {
-        k.A = mq.A;
-        k.C = mq.C;
-        k.CT = mq.CT;
-        k.B = mq.B;
-        k.first = mq.first;
-    }
     if (k.reset) resetContexts(k.ctx);
     ++k.emitPass;
     k.emitPos = 0;
@@ -279,25 +283,8 @@ void emitSome(OwnT1Coder& k, uint32_t limit) {
         while (pos < end && static_cast<int32_t>(raw.qw - stop) < 0) raw.put(d[pos++]);
     }
     k.emitPos = pos;
-    if (pos == end) {
-        finishPass(k, mq, raw);
-        return;
-    }
-    if (k.passKind[pass] == 0) {
-        k.A = mq.A;
-        k.C = mq.C;
-        k.CT = mq.CT;
-        k.B = mq.B;
-        k.first = mq.first;
-        k.bytesOut += static_cast<int32_t>(mq.qw - k.qWrite);
-        k.qWrite = mq.qw;
-    } else {
-        k.rawByte = raw.byte;
-        k.rawPos = raw.pos;
-        k.rawAfterFF = raw.afterFF;
-        k.bytesOut += static_cast<int32_t>(raw.qw - k.qWrite);
-        k.qWrite = raw.qw;
-    }
+    if (pos == end) finishPass(k, mq, raw);
+    else keepCoder(k, mq, raw, k.passKind[pass] != 0);
 }
 
 void freeState(VqciEncodeState_JPEG2K* s) {
@@ -343,8 +330,6 @@ VQCJ_API VqcStatus vqciEncodeInitAlloc_JPEG2K(VqciEncodeState_JPEG2K** ppState, 
         return vqcStatusNoMemory;
     }
     s->tag = kTagEncode;
-    s->maxW = size.width;
-    s->maxH = size.height;
     *ppState = s;
     return vqcStatusOk;
 }
