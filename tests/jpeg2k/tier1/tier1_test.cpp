@@ -263,26 +263,27 @@ TEST(Tier1, RoundTripAllFlagsAndTruncations) {
                     }
                 }
             }
-            // Step by step, one segment at a time, with the counters.
-            const int n = c.nPasses;
-            std::vector<int32_t> got(b.w * b.h);
-            ASSERT_EQ(vqciDecodeCBProgrAttach_JPEG2K_32s_C1R(got.data(), 4 * b.w, b.w, b.h, ds, b.subband, c.sfBits,
-                                                             flags), vqcStatusOk);
-            ASSERT_EQ(vqciDecodeCBProgrSetPassCounter_JPEG2K(n, ds), vqcStatusOk);
-            const auto lens = t1SegmentsFor(c, n);
-            size_t off = 0;
-            for (int32_t l : lens) {
-                ASSERT_EQ(vqciDecodeCBProgrStep_JPEG2K(c.bytes.data() + off, l, ds), vqcStatusOk);
-                off += l;
+            // Step by step, one segment at a time, with the counters, for
+            // all passes and for half of them.
+            for (const int n : {c.nPasses, c.nPasses / 2}) {
+                std::vector<int32_t> got(b.w * b.h);
+                ASSERT_EQ(vqciDecodeCBProgrAttach_JPEG2K_32s_C1R(got.data(), 4 * b.w, b.w, b.h, ds, b.subband,
+                                                                 c.sfBits, flags), vqcStatusOk);
+                ASSERT_EQ(vqciDecodeCBProgrSetPassCounter_JPEG2K(n, ds), vqcStatusOk);
+                size_t off = 0;
+                for (int32_t l : t1SegmentsFor(c, n)) {
+                    ASSERT_EQ(vqciDecodeCBProgrStep_JPEG2K(c.bytes.data() + off, l, ds), vqcStatusOk);
+                    off += l;
+                }
+                int32_t left = -1, plane = 0;
+                vqciDecodeCBProgrGetPassCounter_JPEG2K(ds, &left);
+                vqciDecodeCBProgrGetCurBitPlaneNum_JPEG2K(ds, &plane);
+                EXPECT_EQ(left, 0);
+                if (n) {
+                    EXPECT_EQ(plane, c.sfBits - 1 - (n + 2) / 3);
+                }
+                expectPrefix(b, got, c.sfBits, n, "steps");
             }
-            int32_t left = -1, plane = 0;
-            vqciDecodeCBProgrGetPassCounter_JPEG2K(ds, &left);
-            vqciDecodeCBProgrGetCurBitPlaneNum_JPEG2K(ds, &plane);
-            EXPECT_EQ(left, 0);
-            if (n) {
-                EXPECT_EQ(plane, c.sfBits - 1 - (n + 2) / 3);
-            }
-            expectPrefix(b, got, c.sfBits, n, "steps");
         }
     }
     vqciDecodeCBProgrFree_JPEG2K(ds);
