@@ -1,35 +1,256 @@
 // YCbCr to RGB and BGR: the table forms (row-parallel, except the packed
 // forms), the four-channel and planar 422/411 forms with the multiplication
-// arithmetic (serial), and the interleaved 422 form (row-parallel).
+// arithmetic (serial), and the interleaved 422 form (row-parallel). One
+// kernel source compiled for every SIMD target.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "jpeg/colour/colour_inv.cpp"
+#include <hwy/foreach_target.h>  // must come before highway.h
+#include <hwy/highway.h>
+
 #include "colour.h"
 #include "frame/check.h"
+#include "frame/simd.h"
+#include "frame/simdops.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace vqcj::HWY_NAMESPACE {
+namespace {
+
+// acc + Q c for the small whole parts of the weights.
+template <int32_t Q>
+VS16 addTimes(VS16 acc, VS16 c) {
+    if constexpr (Q == 0) return acc;
+    else if constexpr (Q == 1) return hn::Add(acc, c);
+    else if constexpr (Q == -1) return hn::Sub(acc, c);
+    else return hn::Add(acc, hn::Mul(c, hn::Set(DS16(), static_cast<int16_t>(Q))));
+}
+
+// InvArith on 16-bit lanes. A product m c splits into its high half
+// (MulHigh) and its low half; what the low halves and the rounding add to
+// the high halves is their carry.
+template <class Arith>
+struct VecInv {
+    template <int32_t M>
+    static void split(VS16 c, VS16& hi, V16& lo) {
+        const VS16 m = hn::Set(DS16(), static_cast<int16_t>(M));
+        hi = hn::MulHigh(c, m);
+        lo = hn::BitCast(D16(), hn::Mul(c, m));
+    }
+    template <int32_t M, int32_t K>
+    static VS16 round16(VS16 c) {
+        VS16 hi;
+        V16 lo;
+        split<M>(c, hi, lo);
+        return hn::Add(hi, hn::BitCast(DS16(), CarryOut(lo, hn::Set(D16(), static_cast<uint16_t>(K)))));
+    }
+
+    // Y, Cb and Cr as 16-bit lanes to saturated R, G, B bytes.
+    static void pixel(V16 y16, V16 cb16, V16 cr16, V8& r, V8& g, V8& b) {
+        const DS16 d;
+        const VS16 y = hn::BitCast(d, y16), k128 = hn::Set(d, 128);
+        const VS16 cb = hn::Sub(hn::BitCast(d, cb16), k128), cr = hn::Sub(hn::BitCast(d, cr16), k128);
+        const VS16 dr = addTimes<Arith::kRq>(round16<Arith::kRm, Arith::kRRound>(cr), cr);
+        const VS16 db = addTimes<Arith::kBq>(round16<Arith::kBm, Arith::kBRound>(cb), cb);
+        VS16 hb, hr;
+        V16 lb, lr;
+        split<Arith::kGbm>(cb, hb, lb);
+        split<Arith::kGrm>(cr, hr, lr);
+        const V16 carry = hn::Add(CarryOut(lb, lr), CarryOut(hn::Add(lb, lr), hn::Set(D16(), static_cast<uint16_t>(Arith::kGRound))));
+        const VS16 dg = addTimes<Arith::kGrq>(addTimes<Arith::kGbq>(hn::Add(hn::Add(hb, hr), hn::BitCast(d, carry)), cb), cr);
+        r = NarrowSat(hn::Add(y, dr));
+        g = NarrowSat(hn::Add(y, dg));
+        b = NarrowSat(hn::Add(y, db));
+    }
+};
+
+// Lanes(D16) pixels from column x as Y, Cb, Cr (16-bit lanes) and K.
+// kStride: elements a pixel in plane 0, for the plain tail.
+template <class In>
+struct VecIn;
+
+template <int N>
+struct VecIn<InPlanes<N>> {
+    static constexpr int kStride = 1;
+    static void load(const Vqc8u* const* row, int32_t x, V16& y, V16& cb, V16& cr, V8& k) {
+        const D8 d8;
+        y = Widen(hn::LoadU(d8, row[0] + x));
+        cb = Widen(hn::LoadU(d8, row[1] + x));
+        cr = Widen(hn::LoadU(d8, row[2] + x));
+        if constexpr (N == 4) k = hn::LoadU(d8, row[3] + x);
+    }
+};
+
+// One chroma byte for each pair of pixels, read doubled.
+template <>
+struct VecIn<In422Planes> {
+    static constexpr int kStride = 1;
+    template <class D = D16>  // instantiated on the vector targets only
+    static V16 doubled(const Vqc8u* p) {
+        const hn::Half<D> dh;
+        const hn::Rebind<uint8_t, decltype(dh)> dh8;
+        return Widen(hn::BitCast(D8(), hn::Mul(hn::PromoteTo(dh, hn::LoadU(dh8, p)), hn::Set(dh, 257))));
+    }
+    static void load(const Vqc8u* const* row, int32_t x, V16& y, V16& cb, V16& cr, V8&) {
+        y = Widen(hn::LoadU(D8(), row[0] + x));
+        cb = doubled(row[1] + x / 2);
+        cr = doubled(row[2] + x / 2);
+    }
+};
+
+// Y0 Cb Y1 Cr: as 16-bit lanes, Y is the low byte of every lane and the
+// chroma of a pair the high bytes of its two lanes.
+template <>
+struct VecIn<In422Pairs> {
+    static constexpr int kStride = 2;
+    template <class D = D16>  // instantiated on the vector targets only
+    static void load(const Vqc8u* const* row, int32_t x, V16& y, V16& cb, V16& cr, V8&) {
+        const D d;
+        const hn::Repartition<uint32_t, D> d32;
+        const V16 v = hn::LoadU(d, reinterpret_cast<const uint16_t*>(row[0] + 2 * static_cast<ptrdiff_t>(x)));
+        y = LowBytes(v);
+        const auto c = hn::BitCast(d32, HighBytes(v));  // Cb | Cr << 16 a pair
+        const auto lo = hn::And(c, hn::Set(d32, 0xFFFF)), hi = hn::ShiftRight<16>(c);
+        cb = hn::BitCast(d, hn::Or(lo, hn::ShiftLeft<16>(lo)));
+        cr = hn::BitCast(d, hn::Or(hi, hn::ShiftLeft<16>(hi)));
+    }
+};
+
+// R, G, B bytes (and K or the alpha value) to column x of a layout.
+template <class Dst>
+struct VecDst;
+
+template <int Bpp, int RI, int GI, int BI, bool Ink>
+struct VecDst<DstPix<Bpp, RI, GI, BI, Ink>> {
+    static constexpr int kStride = Bpp;
+    static void store(Vqc8u* const* row, int32_t x, V8 r, V8 g, V8 b, V8 k, Vqc8u aval) {
+        const D8 d8;
+        V8 v[4];
+        v[RI] = Ink ? hn::Not(r) : r;
+        v[GI] = Ink ? hn::Not(g) : g;
+        v[BI] = Ink ? hn::Not(b) : b;
+        Vqc8u* p = row[0] + Bpp * static_cast<ptrdiff_t>(x);
+        if constexpr (Bpp == 3) {
+            (void)k, (void)aval;
+            hn::StoreInterleaved3(v[0], v[1], v[2], d8, p);
+        } else {
+            hn::StoreInterleaved4(v[0], v[1], v[2], Ink ? k : hn::Set(d8, aval), d8, p);
+        }
+    }
+};
+
+template <bool Ink>
+struct VecDst<DstPlanes<Ink>> {
+    static constexpr int kStride = 1;
+    static void store(Vqc8u* const* row, int32_t x, V8 r, V8 g, V8 b, V8 k, Vqc8u) {
+        const D8 d8;
+        hn::StoreU(Ink ? hn::Not(r) : r, d8, row[0] + x);
+        hn::StoreU(Ink ? hn::Not(g) : g, d8, row[1] + x);
+        hn::StoreU(Ink ? hn::Not(b) : b, d8, row[2] + x);
+        if constexpr (Ink) hn::StoreU(k, d8, row[3] + x);
+    }
+};
+
+template <bool Is565, bool RedHigh>
+struct VecDst<DstPacked<Is565, RedHigh>> {
+    static constexpr int kStride = 1;
+    static void store(Vqc16u* const* row, int32_t x, V8 r, V8 g, V8 b, V8, Vqc8u) {
+        const D16 d;
+        const V16 hi = Widen(RedHigh ? r : b), mid = Widen(g), lo = Widen(RedHigh ? b : r);
+        const V16 h = hn::ShiftLeft<Is565 ? 8 : 7>(hn::And(hi, hn::Set(d, 0xF8)));
+        const V16 m = Is565 ? hn::ShiftLeft<3>(hn::And(mid, hn::Set(d, 0xFC)))
+                            : hn::ShiftLeft<2>(hn::And(mid, hn::Set(d, 0xF8)));
+        hn::StoreU(hn::Or(hn::Or(h, m), hn::ShiftRight<3>(lo)), d, row[0] + x);
+    }
+};
+
+template <class T, int N>
+RowPtrs<T, N> advance(RowPtrs<T, N> rows, int32_t x, int stride0, bool halfRest) {
+    for (int k = 0; k < N; ++k)
+        rows.p[k] += (k == 0 ? stride0 * static_cast<ptrdiff_t>(x) : halfRest ? x / 2 : x);
+    return rows;
+}
+
+template <InvForm F>
+void invRow(RowPtrs<const Vqc8u, Inv<F>::In::kPlanes> s, RowPtrs<typename Inv<F>::Dst::Elem, Inv<F>::Dst::kPlanes> d,
+            int32_t width, Vqc8u aval) {
+    using In = typename Inv<F>::In;
+    using Dst = typename Inv<F>::Dst;
+    const int32_t n = static_cast<int32_t>(hn::Lanes(D8()));
+    int32_t x = 0;
+    for (; x + n <= width; x += n) {
+        V16 y, cb, cr;
+        V8 k = hn::Zero(D8()), r, g, b;
+        VecIn<In>::load(s.p, x, y, cb, cr, k);
+        VecInv<typename Inv<F>::Arith>::pixel(y, cb, cr, r, g, b);
+        VecDst<Dst>::store(d.p, x, r, g, b, k, aval);
+    }
+    if (x < width)
+        ownInvRow<In, typename Inv<F>::Arith, Dst>(
+            advance(s, x, VecIn<In>::kStride, std::is_same_v<In, In422Planes>).p,
+            advance(d, x, VecDst<Dst>::kStride, false).p, width - x, aval);
+}
+
+template <InvForm F>
+void invRows(const RowJob& j, int32_t first, int32_t last) {
+    using In = typename Inv<F>::In;
+    using Dst = typename Inv<F>::Dst;
+    for (int32_t r = first; r < last; ++r) {
+        const auto s = ownSrcRows<const Vqc8u, In::kPlanes>(j, r);
+        const auto d = ownDstRows<typename Dst::Elem, Dst::kPlanes>(j, r);
+        if constexpr (VQCJ_SIMD_BASELINE) ownInvRow<In, typename Inv<F>::Arith, Dst>(s.p, d.p, j.width, j.aval);
+        else invRow<F>(s, d, j.width, j.aval);
+    }
+}
+
+}  // namespace
+
+void InvRows(InvForm form, const RowJob& j, int32_t first, int32_t last) {
+    switch (form) {
+#define VQCJ_FORM(f) \
+    case InvForm::f: return invRows<InvForm::f>(j, first, last);
+        VQCJ_FORM(Rgb3) VQCJ_FORM(Bgr3) VQCJ_FORM(Planes) VQCJ_FORM(Rgb4) VQCJ_FORM(Bgr4)
+        VQCJ_FORM(Bgr555) VQCJ_FORM(Bgr565) VQCJ_FORM(Rgb555) VQCJ_FORM(Rgb565)
+        VQCJ_FORM(Sub422Rgb3) VQCJ_FORM(Sub422Bgr3) VQCJ_FORM(Sub422Rgb4) VQCJ_FORM(Sub422Bgr4)
+        VQCJ_FORM(Pairs422Rgb3) VQCJ_FORM(CmykPix) VQCJ_FORM(CmykPlanes)
+#undef VQCJ_FORM
+    }
+}
+
+}  // namespace vqcj::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace vqcj {
+
+HWY_EXPORT(InvRows);
+
+void ownInvRows(InvForm form, const RowJob& job, int32_t first, int32_t last) {
+    VQCJ_DISPATCH(InvRows)(form, job, first, last);
+}
+
+}  // namespace vqcj
 
 using namespace vqcj;
 
 namespace {
 
-using DstRgb3 = DstPix<3, 0, 1, 2>;
-using DstBgr3 = DstPix<3, 2, 1, 0>;
-using DstRgb4 = DstPix<4, 0, 1, 2>;
-using DstBgr4 = DstPix<4, 2, 1, 0>;
-
 // Full rate to one interleaved or packed plane: pSrc, pDst, pSrc[0..2],
 // srcStep, dstStep, width, height.
-template <bool Parallel, class Dst>
-VqcStatus invTable(const Vqc8u* const pSrc[3], int32_t srcStep, typename Dst::Elem* pDst, int32_t dstStep,
+template <bool Parallel, InvForm F>
+VqcStatus invTable(const Vqc8u* const pSrc[3], int32_t srcStep, typename Inv<F>::Dst::Elem* pDst, int32_t dstStep,
                    VqciSize roiSize) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).elems(pSrc, 3).step(srcStep).step(dstStep).roi(roiSize)) return st;
-    ownInvImage<Parallel, InPlanes<3>, InvTable, Dst>(ownPlanes<const Vqc8u, 3>(pSrc, srcStep),
+    ownInvImage<Parallel, F>(ownPlanes<const Vqc8u, 3>(pSrc, srcStep),
                                                       ownPlane(pDst, dstStep), roiSize, roiSize.width);
     return vqcStatusOk;
 }
 
 // Four channels: pDst, pSrc, pSrc[0..2], width, height; steps on trust.
-template <class Dst>
+template <InvForm F>
 VqcStatus invFour(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc8u* pDst, int32_t dstStep, VqciSize roiSize,
                   Vqc8u aval) {
     if (VqcStatus st = Check().ptr(pDst).ptrs(pSrc, 3).roi(roiSize)) return st;
-    ownInvImage<false, InPlanes<3>, InvMul, Dst>(ownPlanes<const Vqc8u, 3>(pSrc, srcStep), ownPlane(pDst, dstStep),
+    ownInvImage<false, F>(ownPlanes<const Vqc8u, 3>(pSrc, srcStep), ownPlane(pDst, dstStep),
                                                  roiSize, roiSize.width, aval);
     return vqcStatusOk;
 }
@@ -37,12 +258,12 @@ VqcStatus invFour(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc8u* pDst, int3
 // Planar 422 (V = 1) and 411 (V = 2): pDst, pSrc, pSrc[0..2], width below 2,
 // height below V; neither the steps nor their array are examined. LastPair:
 // an odd width processes its last pair whole, one pixel beyond the width.
-template <int V, bool LastPair, class Dst>
+template <int V, bool LastPair, InvForm F>
 VqcStatus invSub(const Vqc8u* const pSrc[3], const int32_t srcStep[3], Vqc8u* pDst, int32_t dstStep,
                  VqciSize roiSize, Vqc8u aval) {
     if (VqcStatus st = Check().ptr(pDst).ptrs(pSrc, 3).roi(roiSize, 2, V)) return st;
     const int32_t width = LastPair ? addW(roiSize.width, 1) & ~1 : roiSize.width & ~1;
-    return ownInvSubImage<V, Dst>(ownPlanes<const Vqc8u, 3>(pSrc, srcStep), ownPlane(pDst, dstStep), roiSize, width,
+    return ownInvSubImage<V, F>(ownPlanes<const Vqc8u, 3>(pSrc, srcStep), ownPlane(pDst, dstStep), roiSize, width,
                                   aval);
 }
 
@@ -52,81 +273,81 @@ extern "C" {
 
 VQCJ_API VqcStatus vqciYCbCrToRGB_JPEG_8u_P3C3R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc8u* pDst,
                                                  int32_t dstStep, VqciSize roiSize) {
-    return invTable<true, DstRgb3>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return invTable<true, InvForm::Rgb3>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 VQCJ_API VqcStatus vqciYCbCrToBGR_JPEG_8u_P3C3R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc8u* pDst,
                                                  int32_t dstStep, VqciSize roiSize) {
-    return invTable<true, DstBgr3>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return invTable<true, InvForm::Bgr3>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 
 VQCJ_API VqcStatus vqciYCbCrToRGB_JPEG_8u_P3C4R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc8u* pDst,
                                                  int32_t dstStep, VqciSize roiSize, Vqc8u aval) {
-    return invFour<DstRgb4>(pSrc, srcStep, pDst, dstStep, roiSize, aval);
+    return invFour<InvForm::Rgb4>(pSrc, srcStep, pDst, dstStep, roiSize, aval);
 }
 VQCJ_API VqcStatus vqciYCbCrToBGR_JPEG_8u_P3C4R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc8u* pDst,
                                                  int32_t dstStep, VqciSize roiSize, Vqc8u aval) {
-    return invFour<DstBgr4>(pSrc, srcStep, pDst, dstStep, roiSize, aval);
+    return invFour<InvForm::Bgr4>(pSrc, srcStep, pDst, dstStep, roiSize, aval);
 }
 
 VQCJ_API VqcStatus vqciYCbCrToRGB_JPEG_8u_P3R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc8u* const pDst[3],
                                                int32_t dstStep, VqciSize roiSize) {
     if (VqcStatus st = ownCheckPlanes<3>(pSrc, srcStep, pDst, dstStep, roiSize)) return st;
-    ownInvImage<true, InPlanes<3>, InvTable, DstPlanes<>>(ownPlanes<const Vqc8u, 3>(pSrc, srcStep),
+    ownInvImage<true, InvForm::Planes>(ownPlanes<const Vqc8u, 3>(pSrc, srcStep),
                                                           ownPlanes<Vqc8u, 3>(pDst, dstStep), roiSize, roiSize.width);
     return vqcStatusOk;
 }
 
 VQCJ_API VqcStatus vqciYCbCrToBGR555_JPEG_8u16u_P3C3R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc16u* pDst,
                                                        int32_t dstStep, VqciSize roiSize) {
-    return invTable<false, DstPacked<false, true>>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return invTable<false, InvForm::Bgr555>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 VQCJ_API VqcStatus vqciYCbCrToBGR565_JPEG_8u16u_P3C3R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc16u* pDst,
                                                        int32_t dstStep, VqciSize roiSize) {
-    return invTable<false, DstPacked<true, true>>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return invTable<false, InvForm::Bgr565>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 VQCJ_API VqcStatus vqciYCbCrToRGB555_JPEG_8u16u_P3C3R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc16u* pDst,
                                                        int32_t dstStep, VqciSize roiSize) {
-    return invTable<false, DstPacked<false, false>>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return invTable<false, InvForm::Rgb555>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 VQCJ_API VqcStatus vqciYCbCrToRGB565_JPEG_8u16u_P3C3R(const Vqc8u* const pSrc[3], int32_t srcStep, Vqc16u* pDst,
                                                        int32_t dstStep, VqciSize roiSize) {
-    return invTable<false, DstPacked<true, false>>(pSrc, srcStep, pDst, dstStep, roiSize);
+    return invTable<false, InvForm::Rgb565>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 
 VQCJ_API VqcStatus vqciYCbCr422ToRGB_JPEG_8u_P3C3R(const Vqc8u* const pSrc[3], const int32_t srcStep[3],
                                                     Vqc8u* pDst, int32_t dstStep, VqciSize roiSize) {
-    return invSub<1, false, DstRgb3>(pSrc, srcStep, pDst, dstStep, roiSize, 0);
+    return invSub<1, false, InvForm::Sub422Rgb3>(pSrc, srcStep, pDst, dstStep, roiSize, 0);
 }
 VQCJ_API VqcStatus vqciYCbCr422ToBGR_JPEG_8u_P3C3R(const Vqc8u* const pSrc[3], const int32_t srcStep[3],
                                                     Vqc8u* pDst, int32_t dstStep, VqciSize roiSize) {
-    return invSub<1, false, DstBgr3>(pSrc, srcStep, pDst, dstStep, roiSize, 0);
+    return invSub<1, false, InvForm::Sub422Bgr3>(pSrc, srcStep, pDst, dstStep, roiSize, 0);
 }
 VQCJ_API VqcStatus vqciYCbCr422ToRGB_JPEG_8u_P3C4R(const Vqc8u* const pSrc[3], const int32_t srcStep[3],
                                                     Vqc8u* pDst, int32_t dstStep, VqciSize roiSize, Vqc8u aval) {
-    return invSub<1, false, DstRgb4>(pSrc, srcStep, pDst, dstStep, roiSize, aval);
+    return invSub<1, false, InvForm::Sub422Rgb4>(pSrc, srcStep, pDst, dstStep, roiSize, aval);
 }
 VQCJ_API VqcStatus vqciYCbCr422ToBGR_JPEG_8u_P3C4R(const Vqc8u* const pSrc[3], const int32_t srcStep[3],
                                                     Vqc8u* pDst, int32_t dstStep, VqciSize roiSize, Vqc8u aval) {
-    return invSub<1, false, DstBgr4>(pSrc, srcStep, pDst, dstStep, roiSize, aval);
+    return invSub<1, false, InvForm::Sub422Bgr4>(pSrc, srcStep, pDst, dstStep, roiSize, aval);
 }
 
 // Only the three-channel RGB member stops at the even width; the other three
 // process an odd last pair whole.
 VQCJ_API VqcStatus vqciYCbCr411ToRGB_JPEG_8u_P3C3R(const Vqc8u* const pSrc[3], const int32_t srcStep[3],
                                                     Vqc8u* pDst, int32_t dstStep, VqciSize roiSize) {
-    return invSub<2, false, DstRgb3>(pSrc, srcStep, pDst, dstStep, roiSize, 0);
+    return invSub<2, false, InvForm::Sub422Rgb3>(pSrc, srcStep, pDst, dstStep, roiSize, 0);
 }
 VQCJ_API VqcStatus vqciYCbCr411ToBGR_JPEG_8u_P3C3R(const Vqc8u* const pSrc[3], const int32_t srcStep[3],
                                                     Vqc8u* pDst, int32_t dstStep, VqciSize roiSize) {
-    return invSub<2, true, DstBgr3>(pSrc, srcStep, pDst, dstStep, roiSize, 0);
+    return invSub<2, true, InvForm::Sub422Bgr3>(pSrc, srcStep, pDst, dstStep, roiSize, 0);
 }
 VQCJ_API VqcStatus vqciYCbCr411ToRGB_JPEG_8u_P3C4R(const Vqc8u* const pSrc[3], const int32_t srcStep[3],
                                                     Vqc8u* pDst, int32_t dstStep, VqciSize roiSize, Vqc8u aval) {
-    return invSub<2, true, DstRgb4>(pSrc, srcStep, pDst, dstStep, roiSize, aval);
+    return invSub<2, true, InvForm::Sub422Rgb4>(pSrc, srcStep, pDst, dstStep, roiSize, aval);
 }
 VQCJ_API VqcStatus vqciYCbCr411ToBGR_JPEG_8u_P3C4R(const Vqc8u* const pSrc[3], const int32_t srcStep[3],
                                                     Vqc8u* pDst, int32_t dstStep, VqciSize roiSize, Vqc8u aval) {
-    return invSub<2, true, DstBgr4>(pSrc, srcStep, pDst, dstStep, roiSize, aval);
+    return invSub<2, true, InvForm::Sub422Bgr4>(pSrc, srcStep, pDst, dstStep, roiSize, aval);
 }
 
 // Pairs while the column is below the width: an odd width processes its last
@@ -134,9 +355,10 @@ VQCJ_API VqcStatus vqciYCbCr411ToBGR_JPEG_8u_P3C4R(const Vqc8u* const pSrc[3], c
 VQCJ_API VqcStatus vqciYCbCr422ToRGB_JPEG_8u_C2C3R(const Vqc8u* pSrc, int32_t srcStep, Vqc8u* pDst,
                                                     int32_t dstStep, VqciSize roiSize) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).roi(roiSize)) return st;
-    ownInvImage<true, In422Pairs, InvTable, DstRgb3>(ownPlane(pSrc, srcStep), ownPlane(pDst, dstStep), roiSize,
+    ownInvImage<true, InvForm::Pairs422Rgb3>(ownPlane(pSrc, srcStep), ownPlane(pDst, dstStep), roiSize,
                                                      addW(roiSize.width, 1) & ~1);
     return vqcStatusOk;
 }
 
 }  // extern "C"
+#endif  // HWY_ONCE

@@ -1,0 +1,62 @@
+// Highway pieces shared by the kernels: byte lanes widened and narrowed,
+// bytes paired and doubled without regard to 128-bit blocks, and the carry
+// of a 16-bit addition, which lets fixed-point products whose sums need more
+// than 16 bits stay on 16-bit lanes. Included inside each kernel source's
+// per-target pass (it re-includes itself with the target).
+#if defined(VQCJ_FRAME_SIMDOPS_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef VQCJ_FRAME_SIMDOPS_H_
+#undef VQCJ_FRAME_SIMDOPS_H_
+#else
+#define VQCJ_FRAME_SIMDOPS_H_
+#endif
+
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace vqcj::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+// 16-bit lanes and the bytes that fill them one to one.
+using D16 = hn::ScalableTag<uint16_t>;
+using DS16 = hn::ScalableTag<int16_t>;
+using D8 = hn::Rebind<uint8_t, D16>;
+using V16 = hn::Vec<D16>;
+using VS16 = hn::Vec<DS16>;
+using V8 = hn::Vec<D8>;
+
+inline V16 Widen(V8 v) { return hn::PromoteTo(D16(), v); }
+
+// Saturates signed 16-bit lanes to bytes.
+inline V8 NarrowSat(VS16 v) { return hn::DemoteTo(D8(), v); }
+
+// Lanes known to hold 0..255.
+inline V8 Narrow(V16 v) { return hn::DemoteTo(D8(), hn::BitCast(DS16(), v)); }
+
+// 1 where a + b carries out of 16 bits, else 0.
+inline V16 CarryOut(V16 a, V16 b) {
+    const V16 one = hn::Set(D16(), 1);
+    const V16 half = hn::Add(hn::Add(hn::ShiftRight<1>(a), hn::ShiftRight<1>(b)), hn::And(hn::And(a, b), one));
+    return hn::ShiftRight<15>(half);
+}
+
+// The bytes a0 b0 a1 b1 ... of two byte vectors, as one vector of twice the
+// bytes, in memory order on any vector width.
+inline V16 ZipBytes(V8 a, V8 b) { return hn::Or(Widen(a), hn::ShiftLeft<8>(Widen(b))); }
+
+// Every byte twice: a0 a0 a1 a1 ...
+inline V16 DoubleBytes(V8 a) { return hn::Mul(Widen(a), hn::Set(D16(), 257)); }
+
+// Per 16-bit lane: the low and the high byte of a pair of bytes.
+inline V16 LowBytes(V16 v) { return hn::And(v, hn::Set(D16(), 255)); }
+inline V16 HighBytes(V16 v) { return hn::ShiftRight<8>(v); }
+
+// Sums of adjacent bytes: lane j is p[2j] + p[2j+1].
+inline V16 PairSums(const uint8_t* p) {
+    const V16 v = hn::LoadU(D16(), reinterpret_cast<const uint16_t*>(p));
+    return hn::Add(LowBytes(v), HighBytes(v));
+}
+
+}  // namespace vqcj::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif
