@@ -106,3 +106,47 @@ TEST(ColourSimd, EveryMemberOnEveryTarget) {
 }
 
 }  // namespace
+
+// The sampling members on the same shapes: the image forms read one row and
+// column beyond the source on every side, the row forms one sample.
+namespace {
+
+struct SampleArgs {
+    const Vqc8u* s;  // inside a margin of one row and one column
+    int32_t step;
+    Vqc8u* d;
+    int32_t w, h;
+};
+
+#define M(fn, ...) {#fn, [](const SampleArgs& a) { return fn(__VA_ARGS__); }}
+const struct {
+    const char* name;
+    VqcStatus (*op)(const SampleArgs&);
+} kSampling[] = {
+    M(vqciSampleDownH2V1_JPEG_8u_C1R, a.s, a.step, {2 * a.w, a.h}, a.d, a.step, {a.w, a.h}),
+    M(vqciSampleDownH2V2_JPEG_8u_C1R, a.s, a.step, {2 * a.w, 2 * a.h}, a.d, a.step, {a.w, a.h}),
+    M(vqciSampleUpH2V1_JPEG_8u_C1R, a.s, a.step, {(a.w + 1) / 2, a.h}, a.d, a.step, {a.w, a.h}),
+    M(vqciSampleUpH2V2_JPEG_8u_C1R, a.s, a.step, {(a.w + 1) / 2, (a.h + 1) / 2}, a.d, a.step, {a.w, a.h}),
+    M(vqciSampleDownRowH2V1_Box_JPEG_8u_C1, a.s, a.w, a.d),
+    M(vqciSampleDownRowH2V2_Box_JPEG_8u_C1, a.s, a.s + a.step, a.w, a.d),
+    M(vqciSampleUpRowH2V1_Triangle_JPEG_8u_C1, a.s, a.w, a.d),
+    M(vqciSampleUpRowH2V2_Triangle_JPEG_8u_C1, a.s, a.s + a.step, a.w, a.d),
+};
+#undef M
+
+TEST(SamplingSimd, EveryMemberOnEveryTarget) {
+    for (const auto& m : kSampling)
+        for (int w = 1; w <= 70; ++w) {
+            const int h = 1 + 2 * (w % 3), step = 2 * w + 9;
+            const Bytes in = vqcjtest::randomBytes(size_t(step) * (2 * h + 3), 5 * w + 3);
+            vqcjtest::expectSameOnEveryTarget(
+                [&] {
+                    Bytes out(size_t(step) * h + 1, 0xEE);
+                    out.back() = uint8_t(m.op({in.data() + step + 1, step, out.data(), w, h}));
+                    return out;
+                },
+                std::string(m.name) + " width " + std::to_string(w));
+        }
+}
+
+}  // namespace
