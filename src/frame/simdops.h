@@ -46,6 +46,23 @@ inline V16 ZipBytes(V8 a, V8 b) { return hn::Or(Widen(a), hn::ShiftLeft<8>(Widen
 // Every byte twice: a0 a0 a1 a1 ...
 inline V16 DoubleBytes(V8 a) { return hn::Mul(Widen(a), hn::Set(D16(), 257)); }
 
+#if HWY_TARGET != HWY_SCALAR
+// Every 16-bit lane twice, in order: lo takes lanes 0, 0, 1, 1, ... of the
+// lower half of v, hi those of the upper half.
+template <class V>
+void DoubleLanes(V v, V& lo, V& hi) {
+    const hn::DFromV<V> d;
+    const hn::Half<decltype(d)> dh;
+    const hn::Repartition<uint32_t, decltype(d)> d32;
+    const auto twice = [&](auto half) {
+        const auto w = hn::PromoteTo(d32, hn::BitCast(hn::RebindToUnsigned<decltype(dh)>(), half));
+        return hn::BitCast(d, hn::Or(w, hn::ShiftLeft<16>(w)));
+    };
+    lo = twice(hn::LowerHalf(dh, v));
+    hi = twice(hn::UpperHalf(dh, v));
+}
+#endif
+
 // Per 16-bit lane: the low and the high byte of a pair of bytes.
 inline V16 LowBytes(V16 v) { return hn::And(v, hn::Set(D16(), 255)); }
 inline V16 HighBytes(V16 v) { return hn::ShiftRight<8>(v); }

@@ -6,6 +6,8 @@
 #include <hwy/foreach_target.h>  // must come before highway.h
 #include <hwy/highway.h>
 
+#include <bit>
+
 #include "colour.h"
 #include "frame/check.h"
 #include "frame/simd.h"
@@ -19,7 +21,7 @@ namespace {
 template <uint32_t W>
 V16 addTimes(V16 acc, V16 x) {
     if constexpr (W == 0) return acc;
-    else if constexpr (W == 1) return hn::Add(acc, x);
+    else if constexpr ((W & (W - 1)) == 0) return hn::Add(acc, hn::ShiftLeft<std::countr_zero(W)>(x));
     else return hn::Add(acc, hn::Mul(x, hn::Set(D16(), W)));
 }
 

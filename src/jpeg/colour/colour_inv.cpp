@@ -44,23 +44,36 @@ struct VecInv {
         return hn::Add(hi, hn::BitCast(DS16(), CarryOut(lo, hn::Set(D16(), static_cast<uint16_t>(K)))));
     }
 
-    // Y, Cb and Cr as 16-bit lanes to saturated R, G, B bytes.
-    static void pixel(V16 y16, V16 cb16, V16 cr16, V8& r, V8& g, V8& b) {
+    // What Cb and Cr add to Y in each channel.
+    struct Terms {
+        VS16 r, g, b;
+    };
+    static Terms terms(V16 cb16, V16 cr16) {
         const DS16 d;
-        const VS16 y = hn::BitCast(d, y16), k128 = hn::Set(d, 128);
+        const VS16 k128 = hn::Set(d, 128);
         const VS16 cb = hn::Sub(hn::BitCast(d, cb16), k128), cr = hn::Sub(hn::BitCast(d, cr16), k128);
-        const VS16 dr = addTimes<Arith::kRq>(round16<Arith::kRm, Arith::kRRound>(cr), cr);
-        const VS16 db = addTimes<Arith::kBq>(round16<Arith::kBm, Arith::kBRound>(cb), cb);
+        Terms t;
+        t.r = addTimes<Arith::kRq>(round16<Arith::kRm, Arith::kRRound>(cr), cr);
+        t.b = addTimes<Arith::kBq>(round16<Arith::kBm, Arith::kBRound>(cb), cb);
         VS16 hb, hr;
         V16 lb, lr;
         split<Arith::kGbm>(cb, hb, lb);
         split<Arith::kGrm>(cr, hr, lr);
-        const V16 carry = hn::Add(CarryOut(lb, lr), CarryOut(hn::Add(lb, lr), hn::Set(D16(), static_cast<uint16_t>(Arith::kGRound))));
-        const VS16 dg = addTimes<Arith::kGrq>(addTimes<Arith::kGbq>(hn::Add(hn::Add(hb, hr), hn::BitCast(d, carry)), cb), cr);
-        r = NarrowSat(hn::Add(y, dr));
-        g = NarrowSat(hn::Add(y, dg));
-        b = NarrowSat(hn::Add(y, db));
+        const V16 kg = hn::Set(D16(), static_cast<uint16_t>(Arith::kGRound));
+        const V16 carry = hn::Add(CarryOut(lb, lr), CarryOut(hn::Add(lb, lr), kg));
+        t.g = addTimes<Arith::kGrq>(addTimes<Arith::kGbq>(hn::Add(hn::Add(hb, hr), hn::BitCast(d, carry)), cb), cr);
+        return t;
     }
+
+    static void apply(V16 y16, const Terms& t, V8& r, V8& g, V8& b) {
+        const VS16 y = hn::BitCast(DS16(), y16);
+        r = NarrowSat(hn::Add(y, t.r));
+        g = NarrowSat(hn::Add(y, t.g));
+        b = NarrowSat(hn::Add(y, t.b));
+    }
+
+    // Y, Cb and Cr as 16-bit lanes to saturated R, G, B bytes.
+    static void pixel(V16 y, V16 cb, V16 cr, V8& r, V8& g, V8& b) { apply(y, terms(cb, cr), r, g, b); }
 };
 
 // Lanes(D16) pixels from column x as Y, Cb, Cr (16-bit lanes) and K.
@@ -177,6 +190,23 @@ void invRow(RowPtrs<const Vqc8u, Inv<F>::In::kPlanes> s, RowPtrs<typename Inv<F>
     using Dst = typename Inv<F>::Dst;
     const int32_t n = static_cast<int32_t>(hn::Lanes(D8()));
     int32_t x = 0;
+    if constexpr (std::is_same_v<In, In422Planes>) {
+        // The chroma terms once for each pair: Lanes(D16) pairs a step.
+        using Vi = VecInv<typename Inv<F>::Arith>;
+        for (; x + 2 * n <= width; x += 2 * n) {
+            const typename Vi::Terms t = Vi::terms(Widen(hn::LoadU(D8(), s.p[1] + x / 2)),
+                                                   Widen(hn::LoadU(D8(), s.p[2] + x / 2)));
+            typename Vi::Terms half[2];
+            DoubleLanes(t.r, half[0].r, half[1].r);
+            DoubleLanes(t.g, half[0].g, half[1].g);
+            DoubleLanes(t.b, half[0].b, half[1].b);
+            for (int h = 0; h < 2; ++h) {
+                V8 r, g, b;
+                Vi::apply(Widen(hn::LoadU(D8(), s.p[0] + x + h * n)), half[h], r, g, b);
+                VecDst<Dst>::store(d.p, x + h * n, r, g, b, hn::Zero(D8()), aval);
+            }
+        }
+    }
     for (; x + n <= width; x += n) {
         V16 y, cb, cr;
         V8 k = hn::Zero(D8()), r, g, b;
