@@ -12,6 +12,9 @@
 
 #include <hwy/highway.h>
 
+#include <bit>
+#include <cstdint>
+
 HWY_BEFORE_NAMESPACE();
 namespace vqcj::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
@@ -23,6 +26,18 @@ using D8 = hn::Rebind<uint8_t, D16>;
 using V16 = hn::Vec<D16>;
 using VS16 = hn::Vec<DS16>;
 using V8 = hn::Vec<D8>;
+
+// acc + W x for a constant W, the multiplication left out where W makes it
+// trivial.
+template <int32_t W, class V>
+V AddTimes(V acc, V x) {
+    if constexpr (W == 0) return acc;
+    else if constexpr (W == 1) return hn::Add(acc, x);
+    else if constexpr (W == -1) return hn::Sub(acc, x);
+    else if constexpr (W > 0 && (W & (W - 1)) == 0)
+        return hn::Add(acc, hn::ShiftLeft<std::countr_zero(static_cast<uint32_t>(W))>(x));
+    else return hn::Add(acc, hn::Mul(x, hn::Set(hn::DFromV<V>(), static_cast<hn::TFromV<V>>(W))));
+}
 
 inline V16 Widen(V8 v) { return hn::PromoteTo(D16(), v); }
 

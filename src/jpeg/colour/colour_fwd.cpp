@@ -6,8 +6,6 @@
 #include <hwy/foreach_target.h>  // must come before highway.h
 #include <hwy/highway.h>
 
-#include <bit>
-
 #include "colour.h"
 #include "frame/check.h"
 #include "frame/simd.h"
@@ -17,19 +15,11 @@ HWY_BEFORE_NAMESPACE();
 namespace vqcj::HWY_NAMESPACE {
 namespace {
 
-// acc + W x, the multiplication left out where W makes it trivial.
-template <uint32_t W>
-V16 addTimes(V16 acc, V16 x) {
-    if constexpr (W == 0) return acc;
-    else if constexpr ((W & (W - 1)) == 0) return hn::Add(acc, hn::ShiftLeft<std::countr_zero(W)>(x));
-    else return hn::Add(acc, hn::Mul(x, hn::Set(D16(), W)));
-}
-
 // ownMid8 on 16-bit lanes: the same split sums, the same wrap.
 template <uint32_t WA, uint32_t WB, uint32_t WC, uint32_t K>
 V16 mid8(V16 a, V16 b, V16 c) {
-    const V16 hi = addTimes<(WC >> 8)>(addTimes<(WB >> 8)>(addTimes<(WA >> 8)>(hn::Set(D16(), K >> 8), a), b), c);
-    const V16 lo = addTimes<(WC & 255)>(addTimes<(WB & 255)>(addTimes<(WA & 255)>(hn::Set(D16(), K & 255), a), b), c);
+    const V16 hi = AddTimes<(WC >> 8)>(AddTimes<(WB >> 8)>(AddTimes<(WA >> 8)>(hn::Set(D16(), K >> 8), a), b), c);
+    const V16 lo = AddTimes<(WC & 255)>(AddTimes<(WB & 255)>(AddTimes<(WA & 255)>(hn::Set(D16(), K & 255), a), b), c);
     return hn::ShiftRight<8>(hn::Add(hi, hn::ShiftRight<8>(lo)));
 }
 

@@ -16,15 +16,6 @@ HWY_BEFORE_NAMESPACE();
 namespace vqcj::HWY_NAMESPACE {
 namespace {
 
-// acc + Q c for the small whole parts of the weights.
-template <int32_t Q>
-VS16 addTimes(VS16 acc, VS16 c) {
-    if constexpr (Q == 0) return acc;
-    else if constexpr (Q == 1) return hn::Add(acc, c);
-    else if constexpr (Q == -1) return hn::Sub(acc, c);
-    else return hn::Add(acc, hn::Mul(c, hn::Set(DS16(), static_cast<int16_t>(Q))));
-}
-
 // InvArith on 16-bit lanes. A product m c splits into its high half
 // (MulHigh) and its low half; what the low halves and the rounding add to
 // the high halves is their carry.
@@ -53,15 +44,15 @@ struct VecInv {
         const VS16 k128 = hn::Set(d, 128);
         const VS16 cb = hn::Sub(hn::BitCast(d, cb16), k128), cr = hn::Sub(hn::BitCast(d, cr16), k128);
         Terms t;
-        t.r = addTimes<Arith::kRq>(round16<Arith::kRm, Arith::kRRound>(cr), cr);
-        t.b = addTimes<Arith::kBq>(round16<Arith::kBm, Arith::kBRound>(cb), cb);
+        t.r = AddTimes<Arith::kRq>(round16<Arith::kRm, Arith::kRRound>(cr), cr);
+        t.b = AddTimes<Arith::kBq>(round16<Arith::kBm, Arith::kBRound>(cb), cb);
         VS16 hb, hr;
         V16 lb, lr;
         split<Arith::kGbm>(cb, hb, lb);
         split<Arith::kGrm>(cr, hr, lr);
         const V16 kg = hn::Set(D16(), static_cast<uint16_t>(Arith::kGRound));
         const V16 carry = hn::Add(CarryOut(lb, lr), CarryOut(hn::Add(lb, lr), kg));
-        t.g = addTimes<Arith::kGrq>(addTimes<Arith::kGbq>(hn::Add(hn::Add(hb, hr), hn::BitCast(d, carry)), cb), cr);
+        t.g = AddTimes<Arith::kGrq>(AddTimes<Arith::kGbq>(hn::Add(hn::Add(hb, hr), hn::BitCast(d, carry)), cb), cr);
         return t;
     }
 
