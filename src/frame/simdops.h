@@ -26,6 +26,9 @@ using D8 = hn::Rebind<uint8_t, D16>;
 using V16 = hn::Vec<D16>;
 using VS16 = hn::Vec<DS16>;
 using V8 = hn::Vec<D8>;
+// Whole byte vectors: two 16-bit vectors' worth of bytes.
+using DF8 = hn::ScalableTag<uint8_t>;
+using VF8 = hn::Vec<DF8>;
 
 // acc + W x for a constant W, the multiplication left out where W makes it
 // trivial.
@@ -47,21 +50,29 @@ inline V8 NarrowSat(VS16 v) { return hn::DemoteTo(D8(), v); }
 // Lanes known to hold 0..255.
 inline V8 Narrow(V16 v) { return hn::DemoteTo(D8(), hn::BitCast(DS16(), v)); }
 
-// 1 where a + b carries out of 16 bits, else 0.
-inline V16 CarryOut(V16 a, V16 b) {
-    const V16 one = hn::Set(D16(), 1);
-    const V16 half = hn::Add(hn::Add(hn::ShiftRight<1>(a), hn::ShiftRight<1>(b)), hn::And(hn::And(a, b), one));
-    return hn::ShiftRight<15>(half);
+// acc plus the carry out of the 16-bit sum a + b: it carries exactly when
+// a > ~b, and a true lane of the mask is -1.
+inline VS16 AddCarry(VS16 acc, V16 a, V16 b) {
+    return hn::Sub(acc, hn::BitCast(DS16(), hn::VecFromMask(D16(), hn::Gt(a, hn::Not(b)))));
 }
 
-// The bytes a0 b0 a1 b1 ... of two byte vectors, as one vector of twice the
-// bytes, in memory order on any vector width.
-inline V16 ZipBytes(V8 a, V8 b) { return hn::Or(Widen(a), hn::ShiftLeft<8>(Widen(b))); }
-
-// Every byte twice: a0 a0 a1 a1 ...
-inline V16 DoubleBytes(V8 a) { return hn::Mul(Widen(a), hn::Set(D16(), 257)); }
+#if HWY_TARGET != HWY_SCALAR
+// A whole byte vector as two 16-bit vectors, and back.
+inline void WidenHalves(VF8 v, V16 (&out)[2]) {
+    out[0] = Widen(hn::LowerHalf(D8(), v));
+    out[1] = Widen(hn::UpperHalf(D8(), v));
+}
+inline VF8 NarrowHalves(V16 lo, V16 hi) { return hn::Combine(DF8(), Narrow(hi), Narrow(lo)); }
+inline VF8 NarrowSatHalves(VS16 lo, VS16 hi) { return hn::Combine(DF8(), NarrowSat(hi), NarrowSat(lo)); }
+#else
+// The baseline runs the plain routines; its kernels only name these.
+void WidenHalves(VF8 v, V16 (&out)[2]);
+VF8 NarrowHalves(V16 lo, V16 hi);
+VF8 NarrowSatHalves(VS16 lo, VS16 hi);
+#endif
 
 #if HWY_TARGET != HWY_SCALAR
+
 // Every 16-bit lane twice, in order: lo takes lanes 0, 0, 1, 1, ... of the
 // lower half of v, hi those of the upper half.
 template <class V>

@@ -34,54 +34,61 @@ void chromaOf(V16 r, V16 g, V16 b, V16& cb, V16& cr) {
     cr = mid8<kWeightChroma, kWeightCrG, kWeightCrB, Arith::kChroma>(r, ng, hn::Sub(k255, b));
 }
 
-// Lanes(D16) pixels from column x of a source layout: R, G, B widened, K
-// as bytes. kStride: elements a pixel in each plane, for the plain tail.
+// Lanes(DF8) pixels from column x of a source layout: R, G, B widened, as
+// two halves, K as bytes. kStride: elements a pixel in each plane, for the
+// plain tail. Templates, so that the baseline pass never instantiates them.
 template <class Src>
 struct VecSrc;
 
 template <int Bpp, int RI, int GI, int BI, bool Ink>
 struct VecSrc<SrcPix<Bpp, RI, GI, BI, Ink>> {
     static constexpr int kStride = Bpp;
-    static void load(const Vqc8u* const* row, int32_t x, V16& r, V16& g, V16& b, V8& k) {
-        const D8 d8;
-        V8 v[4];
+    template <class D = DF8>
+    static void load(const Vqc8u* const* row, int32_t x, V16 (&r)[2], V16 (&g)[2], V16 (&b)[2], VF8& k) {
+        const D d8;
+        VF8 v[4];
         if constexpr (Bpp == 3) hn::LoadInterleaved3(d8, row[0] + 3 * static_cast<ptrdiff_t>(x), v[0], v[1], v[2]);
         else hn::LoadInterleaved4(d8, row[0] + 4 * static_cast<ptrdiff_t>(x), v[0], v[1], v[2], v[3]);
         if constexpr (Ink) {
             for (int c = 0; c < 3; ++c) v[c] = hn::Not(v[c]);
             k = v[3];
         }
-        r = Widen(v[RI]), g = Widen(v[GI]), b = Widen(v[BI]);
+        WidenHalves(v[RI], r), WidenHalves(v[GI], g), WidenHalves(v[BI], b);
     }
 };
 
 template <bool Ink>
 struct VecSrc<SrcPlanes<Ink>> {
     static constexpr int kStride = 1;
-    static void load(const Vqc8u* const* row, int32_t x, V16& r, V16& g, V16& b, V8& k) {
-        const D8 d8;
-        V8 v[3];
+    template <class D = DF8>
+    static void load(const Vqc8u* const* row, int32_t x, V16 (&r)[2], V16 (&g)[2], V16 (&b)[2], VF8& k) {
+        const D d8;
+        VF8 v[3];
         for (int c = 0; c < 3; ++c) {
             v[c] = hn::LoadU(d8, row[c] + x);
             if constexpr (Ink) v[c] = hn::Not(v[c]);
         }
         if constexpr (Ink) k = hn::LoadU(d8, row[3] + x);
-        r = Widen(v[0]), g = Widen(v[1]), b = Widen(v[2]);
+        WidenHalves(v[0], r), WidenHalves(v[1], g), WidenHalves(v[2], b);
     }
 };
 
 template <bool Is565, bool RedHigh>
 struct VecSrc<SrcPacked<Is565, RedHigh>> {
     static constexpr int kStride = 1;
-    static void load(const Vqc16u* const* row, int32_t x, V16& r, V16& g, V16& b, V8&) {
-        const D16 d;
-        const V16 w = hn::LoadU(d, row[0] + x), k31 = hn::Set(d, 31);
-        const V16 hi = hn::ShiftLeft<3>(hn::And(hn::ShiftRight<Is565 ? 11 : 10>(w), k31));
-        const V16 lo = hn::ShiftLeft<3>(hn::And(w, k31));
-        if constexpr (Is565) g = hn::ShiftLeft<2>(hn::And(hn::ShiftRight<5>(w), hn::Set(d, 63)));
-        else g = hn::ShiftLeft<3>(hn::And(hn::ShiftRight<5>(w), k31));
-        r = RedHigh ? hi : lo;
-        b = RedHigh ? lo : hi;
+    template <class D = D16>
+    static void load(const Vqc16u* const* row, int32_t x, V16 (&r)[2], V16 (&g)[2], V16 (&b)[2], VF8&) {
+        const D d;
+        const V16 k31 = hn::Set(d, 31);
+        for (int h = 0; h < 2; ++h) {
+            const V16 w = hn::LoadU(d, row[0] + x + h * static_cast<int32_t>(hn::Lanes(d)));
+            const V16 hi = hn::ShiftLeft<3>(hn::And(hn::ShiftRight<Is565 ? 11 : 10>(w), k31));
+            const V16 lo = hn::ShiftLeft<3>(hn::And(w, k31));
+            if constexpr (Is565) g[h] = hn::ShiftLeft<2>(hn::And(hn::ShiftRight<5>(w), hn::Set(d, 63)));
+            else g[h] = hn::ShiftLeft<3>(hn::And(hn::ShiftRight<5>(w), k31));
+            r[h] = RedHigh ? hi : lo;
+            b[h] = RedHigh ? lo : hi;
+        }
     }
 };
 
@@ -98,19 +105,21 @@ void fwdRow(RowPtrs<typename Fwd<F>::Src::Elem, Fwd<F>::Src::kPlanes> s, RowPtrs
     using Src = typename Fwd<F>::Src;
     using Arith = typename Fwd<F>::Arith;
     constexpr int NOut = Fwd<F>::kOut;
-    const D8 d8;
+    const DF8 d8;
     const int32_t n = static_cast<int32_t>(hn::Lanes(d8));
     int32_t x = 0;
     for (; x + n <= width; x += n) {
-        V16 r, g, b;
-        V8 k;
+        V16 r[2], g[2], b[2], y[2], cb[2], cr[2];
+        VF8 k;
         VecSrc<Src>::load(s.p, x, r, g, b, k);
-        hn::StoreU(Narrow(lumaOf<Arith>(r, g, b)), d8, d.p[0] + x);
+        for (int h = 0; h < 2; ++h) {
+            y[h] = lumaOf<Arith>(r[h], g[h], b[h]);
+            if constexpr (NOut > 1) chromaOf<Arith>(r[h], g[h], b[h], cb[h], cr[h]);
+        }
+        hn::StoreU(NarrowHalves(y[0], y[1]), d8, d.p[0] + x);
         if constexpr (NOut > 1) {
-            V16 cb, cr;
-            chromaOf<Arith>(r, g, b, cb, cr);
-            hn::StoreU(Narrow(cb), d8, d.p[1] + x);
-            hn::StoreU(Narrow(cr), d8, d.p[2] + x);
+            hn::StoreU(NarrowHalves(cb[0], cb[1]), d8, d.p[1] + x);
+            hn::StoreU(NarrowHalves(cr[0], cr[1]), d8, d.p[2] + x);
         }
         if constexpr (NOut == 4) hn::StoreU(k, d8, d.p[3] + x);
     }
@@ -136,37 +145,45 @@ void fusedRow(const Vqc8u* const* srow, Vqc8u* const* yrow, Vqc8u* cb, Vqc8u* cr
     using Src = typename Fused<F>::Src;
     constexpr int V = Fused<F>::kV;
     using Chroma = FusedChroma<V == 1 ? 17 : 18, Fused<F>::kK>;
-    const D8 d8;
+    const DF8 d8;
     const hn::Repartition<uint32_t, D16> d32;
     const hn::Rebind<uint8_t, decltype(d32)> d32to8;
-    const int32_t n = static_cast<int32_t>(hn::Lanes(d8));
+    const int32_t n = static_cast<int32_t>(hn::Lanes(d8)), quarter = n / 4;
+    using V32 = hn::Vec<decltype(d32)>;
     // Adjacent 16-bit lanes summed into one 32-bit lane.
     const auto pairs = [&](V16 v) {
-        const auto w = hn::BitCast(d32, v);
+        const V32 w = hn::BitCast(d32, v);
         return hn::Add(hn::And(w, hn::Set(d32, 0xFFFF)), hn::ShiftRight<16>(w));
     };
-    const auto narrow = [&](decltype(pairs(V16())) v) {
-        return hn::DemoteTo(d32to8, hn::BitCast(hn::RebindToSigned<decltype(d32)>(), hn::And(v, hn::Set(d32, 255))));
+    const auto store = [&](V32 v, Vqc8u* p) {
+        const V32 bits = hn::And(hn::ShiftRight<Chroma::kShift>(v), hn::Set(d32, 255));
+        hn::StoreU(hn::DemoteTo(d32to8, hn::BitCast(hn::RebindToSigned<decltype(d32)>(), bits)), d32to8, p);
     };
+    const V32 kb = hn::Set(d32, kWeightChroma), kk = hn::Set(d32, Chroma::kK);
     int32_t x = 0;
     for (; x + n <= width; x += n) {
-        auto rs = hn::Zero(d32), gs = rs, bs = rs;
+        V32 rs[2], gs[2], bs[2];
+        for (int h = 0; h < 2; ++h) rs[h] = gs[h] = bs[h] = hn::Zero(d32);
         for (int v = 0; v < V; ++v) {
-            V16 r, g, b;
-            V8 k;
+            V16 r[2], g[2], b[2];
+            VF8 k;
             VecSrc<Src>::load(&srow[v], x, r, g, b, k);
-            hn::StoreU(Narrow(lumaOf<FwdTable>(r, g, b)), d8, yrow[v] + x);
-            rs = hn::Add(rs, pairs(r)), gs = hn::Add(gs, pairs(g)), bs = hn::Add(bs, pairs(b));
+            hn::StoreU(NarrowHalves(lumaOf<FwdTable>(r[0], g[0], b[0]), lumaOf<FwdTable>(r[1], g[1], b[1])), d8,
+                       yrow[v] + x);
+            for (int h = 0; h < 2; ++h)
+                rs[h] = hn::Add(rs[h], pairs(r[h])), gs[h] = hn::Add(gs[h], pairs(g[h])),
+                bs[h] = hn::Add(bs[h], pairs(b[h]));
         }
-        const auto kb = hn::Set(d32, kWeightChroma), kk = hn::Set(d32, Chroma::kK);
-        const auto vcb = hn::Sub(hn::Sub(hn::Sub(hn::Mul(bs, kb), hn::Mul(gs, hn::Set(d32, kWeightCbG))),
-                                         hn::Mul(rs, hn::Set(d32, kWeightCbR))),
-                                 kk);
-        const auto vcr = hn::Sub(hn::Sub(hn::Sub(hn::Mul(rs, kb), hn::Mul(gs, hn::Set(d32, kWeightCrG))),
-                                         hn::Mul(bs, hn::Set(d32, kWeightCrB))),
-                                 kk);
-        hn::StoreU(narrow(hn::ShiftRight<Chroma::kShift>(vcb)), d32to8, cb + x / 2);
-        hn::StoreU(narrow(hn::ShiftRight<Chroma::kShift>(vcr)), d32to8, cr + x / 2);
+        for (int h = 0; h < 2; ++h) {
+            const V32 vcb = hn::Sub(hn::Sub(hn::Sub(hn::Mul(bs[h], kb), hn::Mul(gs[h], hn::Set(d32, kWeightCbG))),
+                                            hn::Mul(rs[h], hn::Set(d32, kWeightCbR))),
+                                    kk);
+            const V32 vcr = hn::Sub(hn::Sub(hn::Sub(hn::Mul(rs[h], kb), hn::Mul(gs[h], hn::Set(d32, kWeightCrG))),
+                                            hn::Mul(bs[h], hn::Set(d32, kWeightCrB))),
+                                    kk);
+            store(vcb, cb + x / 2 + h * quarter);
+            store(vcr, cr + x / 2 + h * quarter);
+        }
     }
     if (x < width) {
         const Vqc8u* s[V];

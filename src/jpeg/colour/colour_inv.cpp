@@ -32,7 +32,7 @@ struct VecInv {
         VS16 hi;
         V16 lo;
         split<M>(c, hi, lo);
-        return hn::Add(hi, hn::BitCast(DS16(), CarryOut(lo, hn::Set(D16(), static_cast<uint16_t>(K)))));
+        return AddCarry(hi, lo, hn::Set(D16(), static_cast<uint16_t>(K)));
     }
 
     // What Cb and Cr add to Y in each channel.
@@ -51,54 +51,45 @@ struct VecInv {
         split<Arith::kGbm>(cb, hb, lb);
         split<Arith::kGrm>(cr, hr, lr);
         const V16 kg = hn::Set(D16(), static_cast<uint16_t>(Arith::kGRound));
-        const V16 carry = hn::Add(CarryOut(lb, lr), CarryOut(hn::Add(lb, lr), kg));
-        t.g = AddTimes<Arith::kGrq>(AddTimes<Arith::kGbq>(hn::Add(hn::Add(hb, hr), hn::BitCast(d, carry)), cb), cr);
+        const VS16 sum = AddCarry(AddCarry(hn::Add(hb, hr), lb, lr), hn::Add(lb, lr), kg);
+        t.g = AddTimes<Arith::kGrq>(AddTimes<Arith::kGbq>(sum, cb), cr);
         return t;
     }
 
-    static void apply(V16 y16, const Terms& t, V8& r, V8& g, V8& b) {
-        const VS16 y = hn::BitCast(DS16(), y16);
-        r = NarrowSat(hn::Add(y, t.r));
-        g = NarrowSat(hn::Add(y, t.g));
-        b = NarrowSat(hn::Add(y, t.b));
+    // R, G and B of two halves as whole byte vectors.
+    static void apply(const V16 (&y)[2], const Terms (&t)[2], VF8& r, VF8& g, VF8& b) {
+        const DS16 d;
+        const VS16 y0 = hn::BitCast(d, y[0]), y1 = hn::BitCast(d, y[1]);
+        r = NarrowSatHalves(hn::Add(y0, t[0].r), hn::Add(y1, t[1].r));
+        g = NarrowSatHalves(hn::Add(y0, t[0].g), hn::Add(y1, t[1].g));
+        b = NarrowSatHalves(hn::Add(y0, t[0].b), hn::Add(y1, t[1].b));
     }
-
-    // Y, Cb and Cr as 16-bit lanes to saturated R, G, B bytes.
-    static void pixel(V16 y, V16 cb, V16 cr, V8& r, V8& g, V8& b) { apply(y, terms(cb, cr), r, g, b); }
 };
 
-// Lanes(D16) pixels from column x as Y, Cb, Cr (16-bit lanes) and K.
-// kStride: elements a pixel in plane 0, for the plain tail.
+// Lanes(DF8) pixels from column x as Y, Cb, Cr (two halves of 16-bit lanes)
+// and K. kStride: elements a pixel in plane 0, for the plain tail. Templates,
+// so that the baseline pass never instantiates them.
 template <class In>
 struct VecIn;
 
 template <int N>
 struct VecIn<InPlanes<N>> {
     static constexpr int kStride = 1;
-    static void load(const Vqc8u* const* row, int32_t x, V16& y, V16& cb, V16& cr, V8& k) {
-        const D8 d8;
-        y = Widen(hn::LoadU(d8, row[0] + x));
-        cb = Widen(hn::LoadU(d8, row[1] + x));
-        cr = Widen(hn::LoadU(d8, row[2] + x));
+    template <class D = DF8>
+    static void load(const Vqc8u* const* row, int32_t x, V16 (&y)[2], V16 (&cb)[2], V16 (&cr)[2], VF8& k) {
+        const D d8;
+        WidenHalves(hn::LoadU(d8, row[0] + x), y);
+        WidenHalves(hn::LoadU(d8, row[1] + x), cb);
+        WidenHalves(hn::LoadU(d8, row[2] + x), cr);
         if constexpr (N == 4) k = hn::LoadU(d8, row[3] + x);
     }
 };
 
-// One chroma byte for each pair of pixels, read doubled.
+// One chroma byte for each pair of pixels: invRow computes the terms once a
+// pair and doubles them.
 template <>
 struct VecIn<In422Planes> {
     static constexpr int kStride = 1;
-    template <class D = D16>  // instantiated on the vector targets only
-    static V16 doubled(const Vqc8u* p) {
-        const hn::Half<D> dh;
-        const hn::Rebind<uint8_t, decltype(dh)> dh8;
-        return Widen(hn::BitCast(D8(), hn::Mul(hn::PromoteTo(dh, hn::LoadU(dh8, p)), hn::Set(dh, 257))));
-    }
-    static void load(const Vqc8u* const* row, int32_t x, V16& y, V16& cb, V16& cr, V8&) {
-        y = Widen(hn::LoadU(D8(), row[0] + x));
-        cb = doubled(row[1] + x / 2);
-        cr = doubled(row[2] + x / 2);
-    }
 };
 
 // Y0 Cb Y1 Cr: as 16-bit lanes, Y is the low byte of every lane and the
@@ -106,16 +97,19 @@ struct VecIn<In422Planes> {
 template <>
 struct VecIn<In422Pairs> {
     static constexpr int kStride = 2;
-    template <class D = D16>  // instantiated on the vector targets only
-    static void load(const Vqc8u* const* row, int32_t x, V16& y, V16& cb, V16& cr, V8&) {
+    template <class D = D16>
+    static void load(const Vqc8u* const* row, int32_t x, V16 (&y)[2], V16 (&cb)[2], V16 (&cr)[2], VF8&) {
         const D d;
         const hn::Repartition<uint32_t, D> d32;
-        const V16 v = hn::LoadU(d, reinterpret_cast<const uint16_t*>(row[0] + 2 * static_cast<ptrdiff_t>(x)));
-        y = LowBytes(v);
-        const auto c = hn::BitCast(d32, HighBytes(v));  // Cb | Cr << 16 a pair
-        const auto lo = hn::And(c, hn::Set(d32, 0xFFFF)), hi = hn::ShiftRight<16>(c);
-        cb = hn::BitCast(d, hn::Or(lo, hn::ShiftLeft<16>(lo)));
-        cr = hn::BitCast(d, hn::Or(hi, hn::ShiftLeft<16>(hi)));
+        for (int h = 0; h < 2; ++h) {
+            const uint8_t* p = row[0] + 2 * (static_cast<ptrdiff_t>(x) + h * static_cast<ptrdiff_t>(hn::Lanes(d)));
+            const V16 v = hn::LoadU(d, reinterpret_cast<const uint16_t*>(p));
+            y[h] = LowBytes(v);
+            const auto c = hn::BitCast(d32, HighBytes(v));  // Cb | Cr << 16 a pair
+            const auto lo = hn::And(c, hn::Set(d32, 0xFFFF)), hi = hn::ShiftRight<16>(c);
+            cb[h] = hn::BitCast(d, hn::Or(lo, hn::ShiftLeft<16>(lo)));
+            cr[h] = hn::BitCast(d, hn::Or(hi, hn::ShiftLeft<16>(hi)));
+        }
     }
 };
 
@@ -126,9 +120,10 @@ struct VecDst;
 template <int Bpp, int RI, int GI, int BI, bool Ink>
 struct VecDst<DstPix<Bpp, RI, GI, BI, Ink>> {
     static constexpr int kStride = Bpp;
-    static void store(Vqc8u* const* row, int32_t x, V8 r, V8 g, V8 b, V8 k, Vqc8u aval) {
-        const D8 d8;
-        V8 v[4];
+    template <class D = DF8>
+    static void store(Vqc8u* const* row, int32_t x, VF8 r, VF8 g, VF8 b, VF8 k, Vqc8u aval) {
+        const D d8;
+        VF8 v[4];
         v[RI] = Ink ? hn::Not(r) : r;
         v[GI] = Ink ? hn::Not(g) : g;
         v[BI] = Ink ? hn::Not(b) : b;
@@ -145,8 +140,9 @@ struct VecDst<DstPix<Bpp, RI, GI, BI, Ink>> {
 template <bool Ink>
 struct VecDst<DstPlanes<Ink>> {
     static constexpr int kStride = 1;
-    static void store(Vqc8u* const* row, int32_t x, V8 r, V8 g, V8 b, V8 k, Vqc8u) {
-        const D8 d8;
+    template <class D = DF8>
+    static void store(Vqc8u* const* row, int32_t x, VF8 r, VF8 g, VF8 b, VF8 k, Vqc8u) {
+        const D d8;
         hn::StoreU(Ink ? hn::Not(r) : r, d8, row[0] + x);
         hn::StoreU(Ink ? hn::Not(g) : g, d8, row[1] + x);
         hn::StoreU(Ink ? hn::Not(b) : b, d8, row[2] + x);
@@ -157,13 +153,18 @@ struct VecDst<DstPlanes<Ink>> {
 template <bool Is565, bool RedHigh>
 struct VecDst<DstPacked<Is565, RedHigh>> {
     static constexpr int kStride = 1;
-    static void store(Vqc16u* const* row, int32_t x, V8 r, V8 g, V8 b, V8, Vqc8u) {
-        const D16 d;
-        const V16 hi = Widen(RedHigh ? r : b), mid = Widen(g), lo = Widen(RedHigh ? b : r);
-        const V16 h = hn::ShiftLeft<Is565 ? 8 : 7>(hn::And(hi, hn::Set(d, 0xF8)));
-        const V16 m = Is565 ? hn::ShiftLeft<3>(hn::And(mid, hn::Set(d, 0xFC)))
-                            : hn::ShiftLeft<2>(hn::And(mid, hn::Set(d, 0xF8)));
-        hn::StoreU(hn::Or(hn::Or(h, m), hn::ShiftRight<3>(lo)), d, row[0] + x);
+    template <class D = D16>
+    static void store(Vqc16u* const* row, int32_t x, VF8 r, VF8 g, VF8 b, VF8, Vqc8u) {
+        const D d;
+        V16 hi[2], mid[2], lo[2];
+        WidenHalves(RedHigh ? r : b, hi), WidenHalves(g, mid), WidenHalves(RedHigh ? b : r, lo);
+        for (int k = 0; k < 2; ++k) {
+            const V16 h = hn::ShiftLeft<Is565 ? 8 : 7>(hn::And(hi[k], hn::Set(d, 0xF8)));
+            const V16 m = Is565 ? hn::ShiftLeft<3>(hn::And(mid[k], hn::Set(d, 0xFC)))
+                                : hn::ShiftLeft<2>(hn::And(mid[k], hn::Set(d, 0xF8)));
+            hn::StoreU(hn::Or(hn::Or(h, m), hn::ShiftRight<3>(lo[k])), d,
+                       row[0] + x + k * static_cast<int32_t>(hn::Lanes(d)));
+        }
     }
 };
 
@@ -179,36 +180,32 @@ void invRow(RowPtrs<const Vqc8u, Inv<F>::In::kPlanes> s, RowPtrs<typename Inv<F>
             int32_t width, Vqc8u aval) {
     using In = typename Inv<F>::In;
     using Dst = typename Inv<F>::Dst;
-    const int32_t n = static_cast<int32_t>(hn::Lanes(D8()));
+    using Vi = VecInv<typename Inv<F>::Arith>;
+    constexpr bool kPairs = std::is_same_v<In, In422Planes>;
+    const int32_t n = static_cast<int32_t>(hn::Lanes(DF8()));
     int32_t x = 0;
-    if constexpr (std::is_same_v<In, In422Planes>) {
-        // The chroma terms once for each pair: Lanes(D16) pairs a step.
-        using Vi = VecInv<typename Inv<F>::Arith>;
-        for (; x + 2 * n <= width; x += 2 * n) {
-            const typename Vi::Terms t = Vi::terms(Widen(hn::LoadU(D8(), s.p[1] + x / 2)),
-                                                   Widen(hn::LoadU(D8(), s.p[2] + x / 2)));
-            typename Vi::Terms half[2];
-            DoubleLanes(t.r, half[0].r, half[1].r);
-            DoubleLanes(t.g, half[0].g, half[1].g);
-            DoubleLanes(t.b, half[0].b, half[1].b);
-            for (int h = 0; h < 2; ++h) {
-                V8 r, g, b;
-                Vi::apply(Widen(hn::LoadU(D8(), s.p[0] + x + h * n)), half[h], r, g, b);
-                VecDst<Dst>::store(d.p, x + h * n, r, g, b, hn::Zero(D8()), aval);
-            }
-        }
-    }
     for (; x + n <= width; x += n) {
-        V16 y, cb, cr;
-        V8 k = hn::Zero(D8()), r, g, b;
-        VecIn<In>::load(s.p, x, y, cb, cr, k);
-        VecInv<typename Inv<F>::Arith>::pixel(y, cb, cr, r, g, b);
+        V16 y[2];
+        typename Vi::Terms t[2];
+        VF8 k = hn::Zero(DF8()), r, g, b;
+        if constexpr (kPairs) {
+            WidenHalves(hn::LoadU(DF8(), s.p[0] + x), y);
+            const typename Vi::Terms c =
+                Vi::terms(Widen(hn::LoadU(D8(), s.p[1] + x / 2)), Widen(hn::LoadU(D8(), s.p[2] + x / 2)));
+            DoubleLanes(c.r, t[0].r, t[1].r);
+            DoubleLanes(c.g, t[0].g, t[1].g);
+            DoubleLanes(c.b, t[0].b, t[1].b);
+        } else {
+            V16 cb[2], cr[2];
+            VecIn<In>::load(s.p, x, y, cb, cr, k);
+            for (int h = 0; h < 2; ++h) t[h] = Vi::terms(cb[h], cr[h]);
+        }
+        Vi::apply(y, t, r, g, b);
         VecDst<Dst>::store(d.p, x, r, g, b, k, aval);
     }
     if (x < width)
-        ownInvRow<In, typename Inv<F>::Arith, Dst>(
-            advance(s, x, VecIn<In>::kStride, std::is_same_v<In, In422Planes>).p,
-            advance(d, x, VecDst<Dst>::kStride, false).p, width - x, aval);
+        ownInvRow<In, typename Inv<F>::Arith, Dst>(advance(s, x, VecIn<In>::kStride, kPairs).p,
+                                                   advance(d, x, VecDst<Dst>::kStride, false).p, width - x, aval);
 }
 
 template <InvForm F>
