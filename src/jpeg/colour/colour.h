@@ -5,7 +5,10 @@
 // an arithmetic and a destination layout. A row is cut into blocks of
 // kBlock pixels; interleaved and packed sides are unpacked into (or packed
 // from) small planar scratch arrays, planar sides are used in place, and the
-// arithmetic runs on planar arrays, where GCC vectorises it.
+// arithmetic runs on planar arrays, where GCC vectorises it. These plain
+// routines serve the baseline target; the other SIMD targets run the same
+// arithmetic on Highway vectors (colour_fwd.cpp, colour_inv.cpp), a whole
+// byte vector a step, and finish each row with the plain routine.
 #pragma once
 
 #include <vqcj.h>
