@@ -1,5 +1,5 @@
 // Highway pieces shared by the kernels: byte lanes widened and narrowed,
-// bytes paired and doubled without regard to 128-bit blocks, and the carry
+// bytes paired without regard to 128-bit blocks, and the carry
 // of a 16-bit addition, which lets fixed-point products whose sums need more
 // than 16 bits stay on 16-bit lanes. Included inside each kernel source's
 // per-target pass (it re-includes itself with the target).
@@ -47,6 +47,12 @@ inline V16 Widen(V8 v) { return hn::PromoteTo(D16(), v); }
 // Saturates signed 16-bit lanes to bytes.
 inline V8 NarrowSat(VS16 v) { return hn::DemoteTo(D8(), v); }
 
+// Signed 16-bit lanes saturated to 0..255, still 16 bits wide.
+inline V16 Clamp8(VS16 v) {
+    const DS16 d;
+    return hn::BitCast(D16(), hn::Min(hn::Max(v, hn::Zero(d)), hn::Set(d, 255)));
+}
+
 // Lanes known to hold 0..255.
 inline V8 Narrow(V16 v) { return hn::DemoteTo(D8(), hn::BitCast(DS16(), v)); }
 
@@ -69,24 +75,6 @@ inline VF8 NarrowSatHalves(VS16 lo, VS16 hi) { return hn::Combine(DF8(), NarrowS
 void WidenHalves(VF8 v, V16 (&out)[2]);
 VF8 NarrowHalves(V16 lo, V16 hi);
 VF8 NarrowSatHalves(VS16 lo, VS16 hi);
-#endif
-
-#if HWY_TARGET != HWY_SCALAR
-
-// Every 16-bit lane twice, in order: lo takes lanes 0, 0, 1, 1, ... of the
-// lower half of v, hi those of the upper half.
-template <class V>
-void DoubleLanes(V v, V& lo, V& hi) {
-    const hn::DFromV<V> d;
-    const hn::Half<decltype(d)> dh;
-    const hn::Repartition<uint32_t, decltype(d)> d32;
-    const auto twice = [&](auto half) {
-        const auto w = hn::PromoteTo(d32, hn::BitCast(hn::RebindToUnsigned<decltype(dh)>(), half));
-        return hn::BitCast(d, hn::Or(w, hn::ShiftLeft<16>(w)));
-    };
-    lo = twice(hn::LowerHalf(dh, v));
-    hi = twice(hn::UpperHalf(dh, v));
-}
 #endif
 
 // Per 16-bit lane: the low and the high byte of a pair of bytes.

@@ -185,23 +185,27 @@ void invRow(RowPtrs<const Vqc8u, Inv<F>::In::kPlanes> s, RowPtrs<typename Inv<F>
     const int32_t n = static_cast<int32_t>(hn::Lanes(DF8()));
     int32_t x = 0;
     for (; x + n <= width; x += n) {
-        V16 y[2];
-        typename Vi::Terms t[2];
-        VF8 k = hn::Zero(DF8()), r, g, b;
+        const VF8 k0 = hn::Zero(DF8());
         if constexpr (kPairs) {
-            WidenHalves(hn::LoadU(DF8(), s.p[0] + x), y);
+            // Even and odd pixels as the low and high bytes of 16-bit lanes,
+            // one chroma lane for both: saturated, they go back the same way.
+            const V16 yv = hn::BitCast(D16(), hn::LoadU(DF8(), s.p[0] + x));
+            const VS16 ye = hn::BitCast(DS16(), LowBytes(yv)), yo = hn::BitCast(DS16(), HighBytes(yv));
             const typename Vi::Terms c =
                 Vi::terms(Widen(hn::LoadU(D8(), s.p[1] + x / 2)), Widen(hn::LoadU(D8(), s.p[2] + x / 2)));
-            DoubleLanes(c.r, t[0].r, t[1].r);
-            DoubleLanes(c.g, t[0].g, t[1].g);
-            DoubleLanes(c.b, t[0].b, t[1].b);
+            const auto both = [&](VS16 term) {
+                return hn::BitCast(DF8(), hn::Or(Clamp8(hn::Add(ye, term)), hn::ShiftLeft<8>(Clamp8(hn::Add(yo, term)))));
+            };
+            VecDst<Dst>::store(d.p, x, both(c.r), both(c.g), both(c.b), k0, aval);
         } else {
-            V16 cb[2], cr[2];
+            V16 y[2], cb[2], cr[2];
+            typename Vi::Terms t[2];
+            VF8 k = k0, r, g, b;
             VecIn<In>::load(s.p, x, y, cb, cr, k);
             for (int h = 0; h < 2; ++h) t[h] = Vi::terms(cb[h], cr[h]);
+            Vi::apply(y, t, r, g, b);
+            VecDst<Dst>::store(d.p, x, r, g, b, k, aval);
         }
-        Vi::apply(y, t, r, g, b);
-        VecDst<Dst>::store(d.p, x, r, g, b, k, aval);
     }
     if (x < width)
         ownInvRow<In, typename Inv<F>::Arith, Dst>(advance(s, x, VecIn<In>::kStride, kPairs).p,
