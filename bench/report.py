@@ -102,10 +102,6 @@ ROWS += [
      "JPEG 2000 code-blocks decode, vs OpenJPEG's whole lossless decode (≈91% tier-1)", None),
     ("bench_jpegxr", "BM_PCT_ours", "BM_PCT_jxrlib", "JPEG XR 4x4 core transform 32s, forward + inverse, vs jxrlib", None),
 ]
-# Rows of the families that add their own programs; missing ones are skipped.
-EXTRA = os.path.join(os.path.dirname(__file__), "report_rows.py")
-if os.path.exists(EXTRA):
-    exec(open(EXTRA).read())
 
 results, sse2, peer_env = {}, {}, {}
 for program in sorted({r[0] for r in ROWS}):
