@@ -1,0 +1,73 @@
+// Test-side references for the wavelet tests: a strided image with a
+// watched margin, and the standard's one-dimensional 5/3 and 9/7 analysis
+// written from its lifting equations (floor division, periodic symmetric
+// extension), independent of the library's code.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <random>
+#include <vector>
+
+namespace vqcjtest {
+
+// w x h samples with `m` samples of margin on every side, filled with a
+// marker that the code under test must not touch.
+template <class T>
+struct Img {
+    int w, h, m, stride;
+    std::vector<T> v;
+    static constexpr T kMark = T(-12345);
+    Img(int w_, int h_, int m_ = 2) : w(w_), h(h_), m(m_), stride(w_ + 2 * m_), v((h_ + 2 * m_) * (w_ + 2 * m_), kMark) {}
+    T* data() { return &(*this)(0, 0); }
+    const T* data() const { return &v[m * stride + m]; }
+    int32_t step() const { return stride * int32_t(sizeof(T)); }
+    T& operator()(int i, int k) { return v[(k + m) * stride + i + m]; }
+    T operator()(int i, int k) const { return v[(k + m) * stride + i + m]; }
+    template <class R>
+    void random(R& rng, double lo, double hi) {
+        std::uniform_real_distribution<double> d(lo, hi);
+        for (int k = 0; k < h; ++k)
+            for (int i = 0; i < w; ++i) (*this)(i, k) = T(d(rng));
+    }
+    bool same(const Img& o) const {
+        for (int k = 0; k < h; ++k)
+            for (int i = 0; i < w; ++i)
+                if ((*this)(i, k) != o(i, k)) return false;
+        return true;
+    }
+    bool marginIntact() const {
+        for (int k = -m; k < h + m; ++k)
+            for (int i = -m; i < w + m; ++i)
+                if ((i < 0 || k < 0 || i >= w || k >= h) && (*this)(i, k) != kMark) return false;
+        return true;
+    }
+};
+
+// Periodic symmetric extension of x[0, n): the index of sample i.
+inline int pse(int i, int n) {
+    if (n == 1) return 0;
+    const int period = 2 * (n - 1);
+    i %= period;
+    if (i < 0) i += period;
+    return i < n ? i : period - i;
+}
+
+// One 5/3 analysis of a line whose first sample stands at global position
+// i0: lows (even positions) then highs.
+inline std::vector<int64_t> ref53Line(const std::vector<int64_t>& x, int i0) {
+    const int n = int(x.size());
+    if (n == 1) return {(i0 & 1) ? 2 * x[0] : x[0]};
+    auto X = [&](int i) { return x[pse(i - i0, n)]; };   // i global
+    auto fl = [](int64_t a, int b) { return a >= 0 ? a / b : -((-a + b - 1) / b); };
+    auto D = [&](int i) { return X(i) - fl(X(i - 1) + X(i + 1), 2); };  // i odd
+    std::vector<int64_t> lo, hi;
+    for (int i = i0; i < i0 + n; ++i) {
+        if (i & 1) hi.push_back(D(i));
+        else lo.push_back(X(i) + fl(D(i - 1) + D(i + 1) + 2, 4));
+    }
+    lo.insert(lo.end(), hi.begin(), hi.end());
+    return lo;
+}
+
+}  // namespace vqcjtest
