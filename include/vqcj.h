@@ -413,6 +413,79 @@ VQCJ_API VqcStatus vqciWTGetBufSize_B53_JPEG2K_32s_C1IR(const VqciRect* pRect, i
 VQCJ_API VqcStatus vqciWTGetBufSize_B53_JPEG2K_32s_C1R(const VqciRect* pRect, int32_t* pSize);
 
 /* ---- JPEG 2000 irreversible 9/7 wavelet ------------------------------ */
+/*
+ * One level of the irreversible 9/7 wavelet, with the arguments, phase rule,
+ * band order and checks of the 5/3 forms above. Row and column-step forms
+ * use 16-bit fractions (16s saturates, 32s wraps) and take a border of four
+ * samples (three past the first at phase 1); a line of one output pair uses
+ * the direct filters. The 2D 16s forms use 14-bit fractions wrapping at 16
+ * bits, the 2D 32s forms single precision with a truncating, saturating
+ * conversion back. Lines of 2 to 4 samples extend periodically. The 2D
+ * forward at an odd origin places the highs first (lows from slot n >> 1),
+ * while the inverse always takes the lows first.
+ */
+VQCJ_API VqcStatus vqciWTFwdRow_D97_JPEG2K_16s_C1R(const Vqc16s* pSrc, int32_t srcStep, Vqc16s* pDstLow, int32_t dstLowStep,
+                                                   Vqc16s* pDstHigh, int32_t dstHighStep, VqciSize dstRoi,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTInvRow_D97_JPEG2K_16s_C1R(const Vqc16s* pSrcLow, int32_t srcLowStep, const Vqc16s* pSrcHigh,
+                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc16s* pDst, int32_t dstStep,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTFwdColLift_D97_JPEG2K_16s_C1(const Vqc16s* pSrc0, const Vqc16s* pSrc1, const Vqc16s* pSrc2,
+                                                      Vqc16s* pSrcDstLow0, Vqc16s* pDstLow1, Vqc16s* pSrcDstHigh0,
+                                                      Vqc16s* pSrcDstHigh1, Vqc16s* pDstHigh2, int32_t width);
+VQCJ_API VqcStatus vqciWTInvColLift_D97_JPEG2K_16s_C1(const Vqc16s* pSrcLow0, const Vqc16s* pSrcHigh0, const Vqc16s* pSrcHigh1,
+                                                      const Vqc16s* pSrc0, Vqc16s* pSrcDst1, Vqc16s* pSrcDst2, Vqc16s* pDst3,
+                                                      Vqc16s* pDst4, int32_t width);
+VQCJ_API VqcStatus vqciWTFwdRow_D97_JPEG2K_32s_C1R(const Vqc32s* pSrc, int32_t srcStep, Vqc32s* pDstLow, int32_t dstLowStep,
+                                                   Vqc32s* pDstHigh, int32_t dstHighStep, VqciSize dstRoi,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTInvRow_D97_JPEG2K_32s_C1R(const Vqc32s* pSrcLow, int32_t srcLowStep, const Vqc32s* pSrcHigh,
+                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc32s* pDst, int32_t dstStep,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTFwdColLift_D97_JPEG2K_32s_C1(const Vqc32s* pSrc0, const Vqc32s* pSrc1, const Vqc32s* pSrc2,
+                                                      Vqc32s* pSrcDstLow0, Vqc32s* pDstLow1, Vqc32s* pSrcDstHigh0,
+                                                      Vqc32s* pSrcDstHigh1, Vqc32s* pDstHigh2, int32_t width);
+VQCJ_API VqcStatus vqciWTInvColLift_D97_JPEG2K_32s_C1(const Vqc32s* pSrcLow0, const Vqc32s* pSrcHigh0, const Vqc32s* pSrcHigh1,
+                                                      const Vqc32s* pSrc0, Vqc32s* pSrcDst1, Vqc32s* pSrcDst2, Vqc32s* pDst3,
+                                                      Vqc32s* pDst4, int32_t width);
+VQCJ_API VqcStatus vqciWTFwdRow_D97_JPEG2K_32f_C1R(const Vqc32f* pSrc, int32_t srcStep, Vqc32f* pDstLow, int32_t dstLowStep,
+                                                   Vqc32f* pDstHigh, int32_t dstHighStep, VqciSize dstRoi,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTInvRow_D97_JPEG2K_32f_C1R(const Vqc32f* pSrcLow, int32_t srcLowStep, const Vqc32f* pSrcHigh,
+                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc32f* pDst, int32_t dstStep,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTFwdColLift_D97_JPEG2K_32f_C1(const Vqc32f* pSrc0, const Vqc32f* pSrc1, const Vqc32f* pSrc2,
+                                                      Vqc32f* pSrcDstLow0, Vqc32f* pDstLow1, Vqc32f* pSrcDstHigh0,
+                                                      Vqc32f* pSrcDstHigh1, Vqc32f* pDstHigh2, int32_t width);
+VQCJ_API VqcStatus vqciWTInvColLift_D97_JPEG2K_32f_C1(const Vqc32f* pSrcLow0, const Vqc32f* pSrcHigh0, const Vqc32f* pSrcHigh1,
+                                                      const Vqc32f* pSrc0, Vqc32f* pSrcDst1, Vqc32f* pSrcDst2, Vqc32f* pDst3,
+                                                      Vqc32f* pDst4, int32_t width);
+VQCJ_API VqcStatus vqciWTFwdCol_D97_JPEG2K_32f_C1R(const Vqc32f* pSrc, int32_t srcStep, Vqc32f* pDstLow,
+                                                   int32_t dstLowStep, Vqc32f* pDstHigh, int32_t dstHighStep,
+                                                   VqciSize dstRoi, VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTInvCol_D97_JPEG2K_32f_C1R(const Vqc32f* pSrcLow, int32_t srcLowStep, const Vqc32f* pSrcHigh,
+                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc32f* pDst,
+                                                   int32_t dstStep, VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTFwd_D97_JPEG2K_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,
+                                                 Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTInv_D97_JPEG2K_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,
+                                                 Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTFwd_D97_JPEG2K_16s_C1R(const Vqc16s* pSrc, int32_t srcStep, const VqciRect* pRect,
+                                                Vqc16s* const pDst[4], const int32_t dstStep[4], Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTInv_D97_JPEG2K_16s_C1R(const Vqc16s* const pSrc[4], const int32_t srcStep[4], Vqc16s* pDst,
+                                                int32_t dstStep, const VqciRect* pRect, Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTGetBufSize_D97_JPEG2K_16s_C1IR(const VqciRect* pRect, int32_t* pSize);
+VQCJ_API VqcStatus vqciWTGetBufSize_D97_JPEG2K_16s_C1R(const VqciRect* pRect, int32_t* pSize);
+VQCJ_API VqcStatus vqciWTFwd_D97_JPEG2K_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,
+                                                 Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTInv_D97_JPEG2K_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,
+                                                 Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTFwd_D97_JPEG2K_32s_C1R(const Vqc32s* pSrc, int32_t srcStep, const VqciRect* pRect,
+                                                Vqc32s* const pDst[4], const int32_t dstStep[4], Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTInv_D97_JPEG2K_32s_C1R(const Vqc32s* const pSrc[4], const int32_t srcStep[4], Vqc32s* pDst,
+                                                int32_t dstStep, const VqciRect* pRect, Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTGetBufSize_D97_JPEG2K_32s_C1IR(const VqciRect* pRect, int32_t* pSize);
+VQCJ_API VqcStatus vqciWTGetBufSize_D97_JPEG2K_32s_C1R(const VqciRect* pRect, int32_t* pSize);
 
 /* ---- JPEG 2000 component transforms ---------------------------------- */
 /*
