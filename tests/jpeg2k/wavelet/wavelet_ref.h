@@ -71,3 +71,36 @@ inline std::vector<int64_t> ref53Line(const std::vector<int64_t>& x, int i0) {
 }
 
 }  // namespace vqcjtest
+
+namespace vqcjtest {
+
+// One 9/7 analysis in double precision: the four lifting steps with the
+// irrational constants, then 1/K on the lows and K on the highs; lows then
+// highs. A single sample at an odd position doubles.
+inline std::vector<double> ref97Line(const std::vector<double>& x, int i0) {
+    const int n = int(x.size());
+    if (n == 1) return {(i0 & 1) ? 2 * x[0] : x[0]};
+    const double a = -1.586134342059924, b = -0.052980118572961, g = 0.882911075530934, d = 0.443506852043971,
+                 K = 1.230174104914001;
+    const int m = 8;  // margin of the extended line
+    std::vector<double> y(n + 2 * m);
+    for (int k = 0; k < n + 2 * m; ++k) y[k] = x[pse(k - m, n)];
+    auto odd = [&](int k) { return ((k - m + i0) & 1) != 0; };
+    std::vector<double> y0 = y;
+    // Each pass reads the previous pass only, as the lifting equations do.
+    auto pass = [&](bool onOdd, double c) {
+        y0 = y;
+        for (int k = 1; k + 1 < n + 2 * m; ++k)
+            if (odd(k) == onOdd) y[k] = y0[k] + c * (y0[k - 1] + y0[k + 1]);
+    };
+    pass(true, a);
+    pass(false, b);
+    pass(true, g);
+    pass(false, d);
+    std::vector<double> lo, hi;
+    for (int k = m; k < m + n; ++k) (odd(k) ? hi : lo).push_back(odd(k) ? y[k] * K : y[k] / K);
+    lo.insert(lo.end(), hi.begin(), hi.end());
+    return lo;
+}
+
+}  // namespace vqcjtest
