@@ -48,26 +48,63 @@ inline void ownGather(const T* src, ptrdiff_t step, T* x, int n) {
     for (int i = 0; i < n; ++i) x[i] = *ownAt(src, i * step);
 }
 
-// The order of the 2D passes: forward runs every column, then every row;
+// The order of the 2D passes: forward runs the columns, then every row;
 // inverse the rows, then the columns. `line(ptr, step, n, phase)` does one
-// line in place.
-template <class T, class Line>
-inline void ownWT2D(T* img, ptrdiff_t step, const VqciRect& r, bool forward, Line&& line) {
+// row in place; `cols(img, step, width, height, phase)` the whole vertical
+// pass.
+template <class T, class Line, class Cols>
+inline void ownWT2D(T* img, ptrdiff_t step, const VqciRect& r, bool forward, Line&& line, Cols&& cols) {
     const int px = r.x & 1, py = r.y & 1;
-    auto cols = [&] {
-        for (int c = 0; c < r.width; ++c) line(img + c, step, r.height, py);
-    };
     auto rows = [&] {
         for (int k = 0; k < r.height; ++k) line(ownAt(img, k * step), static_cast<ptrdiff_t>(sizeof(T)), r.width, px);
     };
+    if (r.width <= 0) return;
     if (forward) {
-        cols();
+        cols(img, step, r.width, r.height, py);
         rows();
     } else {
         rows();
-        cols();
+        cols(img, step, r.width, r.height, py);
     }
 }
+
+// A vertical pass that runs the line routine down each column.
+template <class T, class Line>
+inline auto ownColumnsByLine(Line&& line) {
+    return [line](T* img, ptrdiff_t step, int width, int n, int p) {
+        for (int c = 0; c < width; ++c) line(img + c, step, n, p);
+    };
+}
+
+// Whole-sample mirror of a row index into [0, n).
+constexpr int ownMirrorIndex(int i, int n) { return i < 0 ? -i : i > n - 1 ? 2 * (n - 1) - i : i; }
+
+// Moves the n rows of an image so that row j receives the row that stood at
+// srcOf(j), following each cycle of the permutation once with `spare` (one
+// row) as the free place. A cycle is taken from its smallest row.
+template <class T, class SrcOf>
+void ownPermuteRows(T* img, ptrdiff_t step, int width, int n, SrcOf srcOf, T* spare) {
+    const size_t bytes = sizeof(T) * static_cast<size_t>(width);
+    auto row = [&](int i) { return ownAt(img, i * step); };
+    for (int s = 0; s < n; ++s) {
+        int k = srcOf(s);
+        if (k == s) continue;
+        while (k > s) k = srcOf(k);
+        if (k != s) continue;  // the cycle has a smaller row: done already
+        std::memcpy(spare, row(s), bytes);
+        int j = s;
+        for (k = srcOf(j); k != s; j = k, k = srcOf(k)) std::memcpy(row(j), row(k), bytes);
+        std::memcpy(row(j), spare, bytes);
+    }
+}
+
+// Lows first: the slot of each row of a line of n at phase p, and back.
+struct BandOrder {
+    int n, p, nl;
+    BandOrder(int n_, int p_) : n(n_), p(p_), nl((n_ + 1 - p_) >> 1) {}
+    int indexOfSlot(int j) const { return j < nl ? p + 2 * j : 1 - p + 2 * (j - nl); }
+    int slotOfIndex(int i) const { return ((i + p) & 1) ? nl + (i - 1 + p) / 2 : (i - p) / 2; }
+};
 
 // Row step of the temporary image of the band forms: a multiple of 32 bytes.
 template <class T>

@@ -221,16 +221,79 @@ void ownInvLine2D53(T* x, ptrdiff_t step, int n, int p, T* buf) {
     ownInvLine53<T, true>(l + p, 2 * sizeof(T), l + 1 - p, 2 * sizeof(T), x, step, n, p);
 }
 
+// The vertical pass on whole rows: the lifting runs in place across the
+// width, a row past either end being read as its mirror image (by the
+// symmetry of the extension it holds the same values at every step), and
+// then the rows are reordered lows first. Lines of one or two rows take
+// their own rules.
+template <class T>
+void ownFwdCols53(T* img, ptrdiff_t step, int w, int n, int p, T* spare) {
+    using L = Lift53<T>;
+    auto R = [&](int i) { return ownAt(img, ownMirrorIndex(i, n) * step); };
+    if (n <= 2) {
+        for (int c = 0; c < w; ++c) ownFwdLine2D53(img + c, step, n, p, spare);
+        return;
+    }
+    auto predict = [&](int i) {
+        T* x = R(i);
+        const T *a = R(i - 1), *b = R(i + 1);
+        for (int c = 0; c < w; ++c) x[c] = static_cast<T>(L::pred(x[c], a[c], b[c]));
+    };
+    auto update = [&](int i) {
+        T* x = R(i);
+        const T *a = R(i - 1), *b = R(i + 1);
+        for (int c = 0; c < w; ++c) x[c] = static_cast<T>(L::upd(x[c], a[c], b[c]));
+    };
+    if (p) predict(0);
+    for (int q = p; q < n; q += 2) {
+        if (q + 1 < n) predict(q + 1);
+        update(q);
+    }
+    const BandOrder order(n, p);
+    ownPermuteRows(img, step, w, n, [&](int j) { return order.indexOfSlot(j); }, spare);
+}
+
+template <class T>
+void ownInvCols53(T* img, ptrdiff_t step, int w, int n, int p, T* spare) {
+    using L = Lift53<T>;
+    auto R = [&](int i) { return ownAt(img, ownMirrorIndex(i, n) * step); };
+    if (n <= 2) {
+        for (int c = 0; c < w; ++c) ownInvLine2D53(img + c, step, n, p, spare);
+        return;
+    }
+    const BandOrder order(n, p);
+    ownPermuteRows(img, step, w, n, [&](int i) { return order.slotOfIndex(i); }, spare);
+    auto unupdate = [&](int i) {
+        T* x = R(i);
+        const T *a = R(i - 1), *b = R(i + 1);
+        for (int c = 0; c < w; ++c) x[c] = static_cast<T>(L::unupd(x[c], a[c], b[c]));
+    };
+    auto unpredict = [&](int i) {
+        T* x = R(i);
+        const T *a = R(i - 1), *b = R(i + 1);
+        for (int c = 0; c < w; ++c) x[c] = static_cast<T>(L::unpred(x[c], a[c], b[c]));
+    };
+    if (p == 0) unupdate(0);
+    for (int t = -p; t + 1 < n; t += 2) {
+        if (t + 2 < n) unupdate(t + 2);
+        unpredict(t + 1);
+    }
+}
+
 template <class T>
 void ownFwd2D53(T* img, int32_t step, const VqciRect& r, uint8_t* buf) {
     T* line = reinterpret_cast<T*>(buf);
-    ownWT2D(img, step, r, true, [&](T* x, ptrdiff_t s, int n, int p) { ownFwdLine2D53(x, s, n, p, line); });
+    ownWT2D(
+        img, step, r, true, [line](T* x, ptrdiff_t s, int n, int p) { ownFwdLine2D53(x, s, n, p, line); },
+        [line](T* im, ptrdiff_t s, int w, int n, int p) { ownFwdCols53(im, s, w, n, p, line); });
 }
 
 template <class T>
 void ownInv2D53(T* img, int32_t step, const VqciRect& r, uint8_t* buf) {
     T* line = reinterpret_cast<T*>(buf);
-    ownWT2D(img, step, r, false, [&](T* x, ptrdiff_t s, int n, int p) { ownInvLine2D53(x, s, n, p, line); });
+    ownWT2D(
+        img, step, r, false, [line](T* x, ptrdiff_t s, int n, int p) { ownInvLine2D53(x, s, n, p, line); },
+        [line](T* im, ptrdiff_t s, int w, int n, int p) { ownInvCols53(im, s, w, n, p, line); });
 }
 
 // Exported bodies, one per form, shared by both sample types.

@@ -349,12 +349,14 @@ void ownInvLine2D97(T* x, ptrdiff_t step, int n, int p, T* buf) {
 template <class T>
 void ownFwd2D97(T* img, int32_t step, const VqciRect& r, uint8_t* buf) {
     T* line = reinterpret_cast<T*>(buf);
-    ownWT2D(img, step, r, true, [&](T* x, ptrdiff_t s, int n, int p) { ownFwdLine2D97(x, s, n, p, line); });
+    auto fwd = [line](T* x, ptrdiff_t s, int n, int p) { ownFwdLine2D97(x, s, n, p, line); };
+    ownWT2D(img, step, r, true, fwd, ownColumnsByLine<T>(fwd));
 }
 template <class T>
 void ownInv2D97(T* img, int32_t step, const VqciRect& r, uint8_t* buf) {
     T* line = reinterpret_cast<T*>(buf);
-    ownWT2D(img, step, r, false, [&](T* x, ptrdiff_t s, int n, int p) { ownInvLine2D97(x, s, n, p, line); });
+    auto inv = [line](T* x, ptrdiff_t s, int n, int p) { ownInvLine2D97(x, s, n, p, line); };
+    ownWT2D(img, step, r, false, inv, ownColumnsByLine<T>(inv));
 }
 
 // Column steps: each of the lifting lines over the whole width before the
