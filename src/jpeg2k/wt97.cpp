@@ -3,6 +3,7 @@
 // wrapping in 32s), 14-bit fractions wrapping at 16 bits for the 2D 16s
 // form, and single precision for the 2D 32s form and every 32f form. One
 // lifting pipeline per direction runs every form; the precision is a policy.
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <type_traits>
@@ -76,6 +77,9 @@ struct Fix14 {
     static constexpr int32_t n(int32_t v) { return ownNarrow<int16_t>(v); }
     static V load(int16_t v) { return v; }
     static int16_t store(V v) { return static_cast<int16_t>(v); }
+    // Intermediates held in image rows are samples like any other.
+    static V loadHeld(int16_t v) { return v; }
+    static int16_t hold(V v) { return static_cast<int16_t>(v); }
     static V A(V s, V l, V r) { return n(addW(s, r14(mulW(k14::alpha, addW(l, r))))); }
     static V B(V s, V l, V r) { return n(addW(s, r14(mulW(k14::beta, addW(l, r))))); }
     static V D(V a, V l, V r) { return n(addW(a, r14(mulW(k14::gamma, addW(l, r))))); }
@@ -113,6 +117,10 @@ struct Flt {
         if constexpr (std::is_same_v<T, float>) return v;
         else return ownTruncSat(v);
     }
+    // Intermediates held in 32-bit image rows keep their float bits until
+    // the last step converts them.
+    static V loadHeld(T v) { return std::bit_cast<float>(v); }
+    static T hold(V v) { return std::bit_cast<T>(v); }
     static V A(V s, V l, V r) { return s + kf::alpha * (l + r); }
     static V B(V s, V l, V r) { return s + kf::beta * (l + r); }
     static V D(V a, V l, V r) { return a + kf::gamma * (l + r); }
@@ -346,17 +354,82 @@ void ownInvLine2D97(T* x, ptrdiff_t step, int n, int p, T* buf) {
     ownInvLine97<Policy2D<T>>(l + p, 2 * sizeof(T), l + 1 - p, 2 * sizeof(T), x, step, nl, nh, p);
 }
 
+// The vertical pass on whole rows for columns of 5 or more: the pipeline
+// of the line routine, one lifting step of one row at a time across the
+// width, in place. A row past either end is read as its mirror image,
+// which by the symmetry of the extension holds the same stage whenever it
+// is read; intermediates stay in the rows (float bits in 32s) and each
+// high is scaled only after both lows beside it have used its D. The rows
+// are then reordered into bands.
+template <class T>
+void ownFwdCols97(T* img, ptrdiff_t step, int w, int n, int p, T* spare) {
+    using P = Policy2D<T>;
+    auto R = [&](int i) { return ownAt(img, ownMirrorIndex(i, n) * step); };
+    auto op = [&](int i, auto f) {
+        if (i < 0 || i >= n) return;
+        T* x = R(i);
+        const T *a = R(i - 1), *b = R(i + 1);
+        for (int c = 0; c < w; ++c) x[c] = f(x[c], a[c], b[c]);
+    };
+    const int last = n - 1;
+    for (int q = p - 4; q <= last; q += 2) {
+        op(q + 3, [](T s, T l, T r) { return P::hold(P::A(P::load(s), P::load(l), P::load(r))); });
+        op(q + 2, [](T s, T l, T r) { return P::hold(P::B(P::load(s), P::loadHeld(l), P::loadHeld(r))); });
+        op(q + 1, [](T a, T l, T r) { return P::hold(P::D(P::loadHeld(a), P::loadHeld(l), P::loadHeld(r))); });
+        op(q, [](T b, T l, T r) { return P::store(P::lowTail(P::loadHeld(b), P::loadHeld(l), P::loadHeld(r))); });
+        op(q - 1, [](T d, T, T) { return P::store(P::high(P::loadHeld(d))); });
+    }
+    if (((last + p) & 1) != 0) op(last, [](T d, T, T) { return P::store(P::high(P::loadHeld(d))); });
+    const BandOrder order(n, p);
+    const int nh = n - order.nl;
+    if (p == 0) ownPermuteRows(img, step, w, n, [&](int j) { return order.indexOfSlot(j); }, spare);
+    else ownPermuteRows(img, step, w, n, [&](int j) { return j < nh ? 2 * j : 1 + 2 * (j - nh); }, spare);
+}
+
+template <class T>
+void ownInvCols97(T* img, ptrdiff_t step, int w, int n, int p, T* spare) {
+    using P = Policy2D<T>;
+    const BandOrder order(n, p);
+    ownPermuteRows(img, step, w, n, [&](int i) { return order.slotOfIndex(i); }, spare);
+    auto R = [&](int i) { return ownAt(img, ownMirrorIndex(i, n) * step); };
+    auto op = [&](int i, auto f) {
+        if (i < 0 || i >= n) return;
+        T* x = R(i);
+        const T *a = R(i - 1), *b = R(i + 1);
+        for (int c = 0; c < w; ++c) x[c] = f(x[c], a[c], b[c]);
+    };
+    auto done = [](T e, T, T) { return P::store(P::loadHeld(e)); };
+    const int last = n - 1;
+    for (int e = p - 2; e <= last + 1; e += 2) {
+        op(e + 2, [](T y, T l, T r) { return P::hold(P::E1(P::load(y), P::load(l), P::load(r))); });
+        op(e + 1, [](T y, T l, T r) { return P::hold(P::O1(P::load(y), P::loadHeld(l), P::loadHeld(r))); });
+        op(e, [](T e1, T l, T r) { return P::hold(P::E2(P::loadHeld(e1), P::loadHeld(l), P::loadHeld(r))); });
+        op(e - 1, [](T o1, T l, T r) { return P::store(P::O2(P::loadHeld(o1), P::loadHeld(l), P::loadHeld(r))); });
+        op(e - 2, done);  // both odd neighbours of this even row are final now
+    }
+    // An even last row has no turn after it to convert it.
+    if (((last + p) & 1) == 0) op(last, done);
+}
+
+// Columns of 5 or more go by rows, except a phase-1 column of odd length,
+// whose forward leaves its last slot as it was: that one goes by lines.
 template <class T>
 void ownFwd2D97(T* img, int32_t step, const VqciRect& r, uint8_t* buf) {
     T* line = reinterpret_cast<T*>(buf);
     auto fwd = [line](T* x, ptrdiff_t s, int n, int p) { ownFwdLine2D97(x, s, n, p, line); };
-    ownWT2D(img, step, r, true, fwd, ownColumnsByLine<T>(fwd));
+    ownWT2D(img, step, r, true, fwd, [line, fwd](T* im, ptrdiff_t s, int w, int n, int p) {
+        if (n < 5 || (p && (n & 1))) ownColumnsByLine<T>(fwd)(im, s, w, n, p);
+        else ownFwdCols97(im, s, w, n, p, line);
+    });
 }
 template <class T>
 void ownInv2D97(T* img, int32_t step, const VqciRect& r, uint8_t* buf) {
     T* line = reinterpret_cast<T*>(buf);
     auto inv = [line](T* x, ptrdiff_t s, int n, int p) { ownInvLine2D97(x, s, n, p, line); };
-    ownWT2D(img, step, r, false, inv, ownColumnsByLine<T>(inv));
+    ownWT2D(img, step, r, false, inv, [line, inv](T* im, ptrdiff_t s, int w, int n, int p) {
+        if (n < 5) ownColumnsByLine<T>(inv)(im, s, w, n, p);
+        else ownInvCols97(im, s, w, n, p, line);
+    });
 }
 
 // Column steps: each of the lifting lines over the whole width before the
