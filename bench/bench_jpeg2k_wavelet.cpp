@@ -47,7 +47,8 @@ void run2D(benchmark::State& st, Fn fn) {
         fn(img.data());
         benchmark::ClobberMemory();
     }
-    st.counters["MP/s"] = benchmark::Counter(double(kSide) * kSide * st.iterations() / 1e6, benchmark::Counter::kIsRate);
+    st.counters["MP/s"] =
+        benchmark::Counter(double(kSide) * kSide * st.iterations() / 1e6, benchmark::Counter::kIsRate);
 }
 
 template <class T, class Get, class Op>
@@ -59,14 +60,30 @@ void ours2D(benchmark::State& st, Get get, Op op) {
     run2D<T>(st, [&](T* p) { op(p, int32_t(kSide * sizeof(T)), &r, buf.data()); });
 }
 
-void B53Fwd16s(benchmark::State& st) { ours2D<Vqc16s>(st, vqciWTGetBufSize_B53_JPEG2K_16s_C1IR, vqciWTFwd_B53_JPEG2K_16s_C1IR); }
-void B53Inv16s(benchmark::State& st) { ours2D<Vqc16s>(st, vqciWTGetBufSize_B53_JPEG2K_16s_C1IR, vqciWTInv_B53_JPEG2K_16s_C1IR); }
-void B53Fwd32s(benchmark::State& st) { ours2D<Vqc32s>(st, vqciWTGetBufSize_B53_JPEG2K_32s_C1IR, vqciWTFwd_B53_JPEG2K_32s_C1IR); }
-void B53Inv32s(benchmark::State& st) { ours2D<Vqc32s>(st, vqciWTGetBufSize_B53_JPEG2K_32s_C1IR, vqciWTInv_B53_JPEG2K_32s_C1IR); }
-void D97Fwd16s(benchmark::State& st) { ours2D<Vqc16s>(st, vqciWTGetBufSize_D97_JPEG2K_16s_C1IR, vqciWTFwd_D97_JPEG2K_16s_C1IR); }
-void D97Inv16s(benchmark::State& st) { ours2D<Vqc16s>(st, vqciWTGetBufSize_D97_JPEG2K_16s_C1IR, vqciWTInv_D97_JPEG2K_16s_C1IR); }
-void D97Fwd32s(benchmark::State& st) { ours2D<Vqc32s>(st, vqciWTGetBufSize_D97_JPEG2K_32s_C1IR, vqciWTFwd_D97_JPEG2K_32s_C1IR); }
-void D97Inv32s(benchmark::State& st) { ours2D<Vqc32s>(st, vqciWTGetBufSize_D97_JPEG2K_32s_C1IR, vqciWTInv_D97_JPEG2K_32s_C1IR); }
+void B53Fwd16s(benchmark::State& st) {
+    ours2D<Vqc16s>(st, vqciWTGetBufSize_B53_JPEG2K_16s_C1IR, vqciWTFwd_B53_JPEG2K_16s_C1IR);
+}
+void B53Inv16s(benchmark::State& st) {
+    ours2D<Vqc16s>(st, vqciWTGetBufSize_B53_JPEG2K_16s_C1IR, vqciWTInv_B53_JPEG2K_16s_C1IR);
+}
+void B53Fwd32s(benchmark::State& st) {
+    ours2D<Vqc32s>(st, vqciWTGetBufSize_B53_JPEG2K_32s_C1IR, vqciWTFwd_B53_JPEG2K_32s_C1IR);
+}
+void B53Inv32s(benchmark::State& st) {
+    ours2D<Vqc32s>(st, vqciWTGetBufSize_B53_JPEG2K_32s_C1IR, vqciWTInv_B53_JPEG2K_32s_C1IR);
+}
+void D97Fwd16s(benchmark::State& st) {
+    ours2D<Vqc16s>(st, vqciWTGetBufSize_D97_JPEG2K_16s_C1IR, vqciWTFwd_D97_JPEG2K_16s_C1IR);
+}
+void D97Inv16s(benchmark::State& st) {
+    ours2D<Vqc16s>(st, vqciWTGetBufSize_D97_JPEG2K_16s_C1IR, vqciWTInv_D97_JPEG2K_16s_C1IR);
+}
+void D97Fwd32s(benchmark::State& st) {
+    ours2D<Vqc32s>(st, vqciWTGetBufSize_D97_JPEG2K_32s_C1IR, vqciWTFwd_D97_JPEG2K_32s_C1IR);
+}
+void D97Inv32s(benchmark::State& st) {
+    ours2D<Vqc32s>(st, vqciWTGetBufSize_D97_JPEG2K_32s_C1IR, vqciWTInv_D97_JPEG2K_32s_C1IR);
+}
 BENCHMARK(B53Fwd16s)->Unit(benchmark::kMillisecond);
 BENCHMARK(B53Fwd32s)->Unit(benchmark::kMillisecond);
 BENCHMARK(B53Inv16s)->Unit(benchmark::kMillisecond);

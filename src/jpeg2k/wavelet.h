@@ -31,7 +31,8 @@ constexpr int32_t ownNarrow(int32_t v) {
     return static_cast<int32_t>(static_cast<T>(v));
 }
 
-// Whole-sample mirror of a line held at x[0, n): x[-k] = x[k], x[n-1+k] = x[n-1-k].
+// Whole-sample mirror of a line held at x[0, n): x[-k] = x[k], x[n-1+k] =
+// x[n-1-k].
 template <class T>
 inline void ownMirror(T* x, int n, int left, int right) {
     for (int k = 1; k <= left; ++k) x[-k] = x[k];
@@ -135,8 +136,8 @@ struct BandCut {
 // the buffer, the line buffer follows it, and the bands are cut out after
 // the in-place pass.
 template <class T, class InPlace>
-inline void ownFwdBands(const T* pSrc, int32_t srcStep, const VqciRect& r, T* const pDst[4],
-                        const int32_t dstStep[4], uint8_t* pBuffer, InPlace&& inPlace) {
+inline void ownFwdBands(const T* pSrc, int32_t srcStep, const VqciRect& r, T* const pDst[4], const int32_t dstStep[4],
+                        uint8_t* pBuffer, InPlace&& inPlace) {
     const int32_t tstep = ownTempStep<T>(r.width);
     T* tmp = reinterpret_cast<T*>(pBuffer);
     ownCopyRect(pSrc, srcStep, tmp, tstep, r.width, r.height);
@@ -206,6 +207,49 @@ inline VqcStatus ownCheckInvBands(const T* const* s, const int32_t* ss, const T*
     for (int b = 0; b < 4; ++b) c.step(c == vqcStatusOk ? ss[b] : 1);
     if (c == vqcStatusOk) c.size(r->width).size(r->height);
     return c;
+}
+
+// Exported bodies shared by both filters and all sample types: the checks
+// in the family's order, then the worker.
+template <class T, class Work>
+inline VqcStatus ownFwdLineForm(const T* s, int32_t ss, T* l, int32_t ls, T* h, int32_t hs, VqciSize roi,
+                                VqciWTPhase ph, Work work) {
+    if (VqcStatus st = ownCheckLineFwd(s, ss, l, ls, h, hs, roi)) return st;
+    work(s, ss, l, ls, h, hs, roi, ph != 0);
+    return vqcStatusOk;
+}
+template <class T, class Work>
+inline VqcStatus ownInvLineForm(const T* l, int32_t ls, const T* h, int32_t hs, VqciSize roi, T* d, int32_t ds,
+                                VqciWTPhase ph, Work work) {
+    if (VqcStatus st = ownCheckLineInv(l, ls, h, hs, roi, d, ds)) return st;
+    work(l, ls, h, hs, roi, d, ds, ph != 0);
+    return vqcStatusOk;
+}
+template <class T, class Work>
+inline VqcStatus ownInPlaceForm(T* p, int32_t step, const VqciRect* r, uint8_t* buf, Work work) {
+    if (VqcStatus st = ownCheckInPlace(p, step, r, buf)) return st;
+    work(p, step, *r, buf);
+    return vqcStatusOk;
+}
+template <class T, class Work>
+inline VqcStatus ownFwdBandForm(const T* s, int32_t ss, const VqciRect* r, T* const d[4], const int32_t ds[4],
+                                uint8_t* buf, Work work) {
+    if (VqcStatus st = ownCheckFwdBands(s, ss, r, d, ds, buf)) return st;
+    ownFwdBands(s, ss, *r, d, ds, buf, work);
+    return vqcStatusOk;
+}
+template <class T, class Work>
+inline VqcStatus ownInvBandForm(const T* const s[4], const int32_t ss[4], T* d, int32_t ds, const VqciRect* r,
+                                uint8_t* buf, Work work) {
+    if (VqcStatus st = ownCheckInvBands(s, ss, d, ds, r, buf)) return st;
+    ownInvBands(s, ss, d, ds, *r, buf, work);
+    return vqcStatusOk;
+}
+template <class T>
+inline VqcStatus ownBufSizeForm(const VqciRect* r, int32_t* pSize, bool bands, int minSide, int ext) {
+    if (VqcStatus st = Check().ptr(r).ptr(pSize)) return st;
+    *pSize = bands ? ownBufSizeR<T>(*r, minSide, ext) : ownBufSizeIR<T>(*r, minSide, ext);
+    return vqcStatusOk;
 }
 
 }  // namespace vqcj

@@ -250,7 +250,8 @@ void ownFwdCols53(T* img, ptrdiff_t step, int w, int n, int p, T* spare) {
         update(q);
     }
     const BandOrder order(n, p);
-    ownPermuteRows(img, step, w, n, [&](int j) { return order.indexOfSlot(j); }, spare);
+    ownPermuteRows(
+        img, step, w, n, [&](int j) { return order.indexOfSlot(j); }, spare);
 }
 
 template <class T>
@@ -262,7 +263,8 @@ void ownInvCols53(T* img, ptrdiff_t step, int w, int n, int p, T* spare) {
         return;
     }
     const BandOrder order(n, p);
-    ownPermuteRows(img, step, w, n, [&](int i) { return order.slotOfIndex(i); }, spare);
+    ownPermuteRows(
+        img, step, w, n, [&](int i) { return order.slotOfIndex(i); }, spare);
     auto unupdate = [&](int i) {
         T* x = R(i);
         const T *a = R(i - 1), *b = R(i + 1);
@@ -296,31 +298,6 @@ void ownInv2D53(T* img, int32_t step, const VqciRect& r, uint8_t* buf) {
         [line](T* im, ptrdiff_t s, int w, int n, int p) { ownInvCols53(im, s, w, n, p, line); });
 }
 
-// Exported bodies, one per form, shared by both sample types.
-template <class T>
-VqcStatus fwdRow(const T* s, int32_t ss, T* l, int32_t ls, T* h, int32_t hs, VqciSize roi, VqciWTPhase ph) {
-    if (VqcStatus st = ownCheckLineFwd(s, ss, l, ls, h, hs, roi)) return st;
-    ownFwdRow53(s, ss, l, ls, h, hs, roi, ph != 0);
-    return vqcStatusOk;
-}
-template <class T>
-VqcStatus fwdCol(const T* s, int32_t ss, T* l, int32_t ls, T* h, int32_t hs, VqciSize roi, VqciWTPhase ph) {
-    if (VqcStatus st = ownCheckLineFwd(s, ss, l, ls, h, hs, roi)) return st;
-    ownFwdCol53(s, ss, l, ls, h, hs, roi, ph != 0);
-    return vqcStatusOk;
-}
-template <class T>
-VqcStatus invRow(const T* l, int32_t ls, const T* h, int32_t hs, VqciSize roi, T* d, int32_t ds, VqciWTPhase ph) {
-    if (VqcStatus st = ownCheckLineInv(l, ls, h, hs, roi, d, ds)) return st;
-    ownInvRow53(l, ls, h, hs, roi, d, ds, ph != 0);
-    return vqcStatusOk;
-}
-template <class T>
-VqcStatus invCol(const T* l, int32_t ls, const T* h, int32_t hs, VqciSize roi, T* d, int32_t ds, VqciWTPhase ph) {
-    if (VqcStatus st = ownCheckLineInv(l, ls, h, hs, roi, d, ds)) return st;
-    ownInvCol53(l, ls, h, hs, roi, d, ds, ph != 0);
-    return vqcStatusOk;
-}
 template <class T>
 VqcStatus fwdLift(const T* s0, const T* s1, const T* s2, T* l0, const T* h0, T* h1, int32_t width) {
     if (VqcStatus st = Check().ptr(s0).ptr(s1).ptr(s2).ptr(l0).ptr(h0).ptr(h1).size(width)) return st;
@@ -333,37 +310,11 @@ VqcStatus invLift(const T* l0, const T* h0, const T* h1, const T* e0, T* dOdd, T
     ownInvColStep53<T, false, true>(l0, h0, h1, e0, dOdd, dEven, width);
     return vqcStatusOk;
 }
-template <class T>
-VqcStatus fwdIR(T* p, int32_t step, const VqciRect* r, uint8_t* buf) {
-    if (VqcStatus st = ownCheckInPlace(p, step, r, buf)) return st;
-    ownFwd2D53(p, step, *r, buf);
-    return vqcStatusOk;
-}
-template <class T>
-VqcStatus invIR(T* p, int32_t step, const VqciRect* r, uint8_t* buf) {
-    if (VqcStatus st = ownCheckInPlace(p, step, r, buf)) return st;
-    ownInv2D53(p, step, *r, buf);
-    return vqcStatusOk;
-}
-template <class T>
-VqcStatus fwdR(const T* s, int32_t ss, const VqciRect* r, T* const d[4], const int32_t ds[4], uint8_t* buf) {
-    if (VqcStatus st = ownCheckFwdBands(s, ss, r, d, ds, buf)) return st;
-    ownFwdBands(s, ss, *r, d, ds, buf, ownFwd2D53<T>);
-    return vqcStatusOk;
-}
-template <class T>
-VqcStatus invR(const T* const s[4], const int32_t ss[4], T* d, int32_t ds, const VqciRect* r, uint8_t* buf) {
-    if (VqcStatus st = ownCheckInvBands(s, ss, d, ds, r, buf)) return st;
-    ownInvBands(s, ss, d, ds, *r, buf, ownInv2D53<T>);
-    return vqcStatusOk;
-}
 // A line needs no buffer below 3 samples; one line and two elements of
 // extension on each side otherwise.
 template <class T>
 VqcStatus bufSize(const VqciRect* r, int32_t* pSize, bool bands) {
-    if (VqcStatus st = Check().ptr(r).ptr(pSize)) return st;
-    *pSize = bands ? ownBufSizeR<T>(*r, 3, 4) : ownBufSizeIR<T>(*r, 3, 4);
-    return vqcStatusOk;
+    return ownBufSizeForm<T>(r, pSize, bands, 3, 4);
 }
 
 }  // namespace
@@ -373,42 +324,50 @@ extern "C" {
 VQCJ_API VqcStatus vqciWTFwdRow_B53_JPEG2K_16s_C1R(const Vqc16s* pSrc, int32_t srcStep, Vqc16s* pDstLow,
                                                    int32_t dstLowStep, Vqc16s* pDstHigh, int32_t dstHighStep,
                                                    VqciSize dstRoi, VqciWTPhase phase) {
-    return fwdRow(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoi, phase);
+    return ownFwdLineForm(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoi, phase,
+                          ownFwdRow53<Vqc16s>);
 }
 VQCJ_API VqcStatus vqciWTFwdRow_B53_JPEG2K_32s_C1R(const Vqc32s* pSrc, int32_t srcStep, Vqc32s* pDstLow,
                                                    int32_t dstLowStep, Vqc32s* pDstHigh, int32_t dstHighStep,
                                                    VqciSize dstRoi, VqciWTPhase phase) {
-    return fwdRow(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoi, phase);
+    return ownFwdLineForm(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoi, phase,
+                          ownFwdRow53<Vqc32s>);
 }
 VQCJ_API VqcStatus vqciWTFwdCol_B53_JPEG2K_16s_C1R(const Vqc16s* pSrc, int32_t srcStep, Vqc16s* pDstLow,
                                                    int32_t dstLowStep, Vqc16s* pDstHigh, int32_t dstHighStep,
                                                    VqciSize dstRoi, VqciWTPhase phase) {
-    return fwdCol(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoi, phase);
+    return ownFwdLineForm(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoi, phase,
+                          ownFwdCol53<Vqc16s>);
 }
 VQCJ_API VqcStatus vqciWTFwdCol_B53_JPEG2K_32s_C1R(const Vqc32s* pSrc, int32_t srcStep, Vqc32s* pDstLow,
                                                    int32_t dstLowStep, Vqc32s* pDstHigh, int32_t dstHighStep,
                                                    VqciSize dstRoi, VqciWTPhase phase) {
-    return fwdCol(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoi, phase);
+    return ownFwdLineForm(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoi, phase,
+                          ownFwdCol53<Vqc32s>);
 }
 VQCJ_API VqcStatus vqciWTInvRow_B53_JPEG2K_16s_C1R(const Vqc16s* pSrcLow, int32_t srcLowStep, const Vqc16s* pSrcHigh,
-                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc16s* pDst,
-                                                   int32_t dstStep, VqciWTPhase phase) {
-    return invRow(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoi, pDst, dstStep, phase);
+                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc16s* pDst, int32_t dstStep,
+                                                   VqciWTPhase phase) {
+    return ownInvLineForm(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoi, pDst, dstStep, phase,
+                          ownInvRow53<Vqc16s>);
 }
 VQCJ_API VqcStatus vqciWTInvRow_B53_JPEG2K_32s_C1R(const Vqc32s* pSrcLow, int32_t srcLowStep, const Vqc32s* pSrcHigh,
-                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc32s* pDst,
-                                                   int32_t dstStep, VqciWTPhase phase) {
-    return invRow(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoi, pDst, dstStep, phase);
+                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc32s* pDst, int32_t dstStep,
+                                                   VqciWTPhase phase) {
+    return ownInvLineForm(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoi, pDst, dstStep, phase,
+                          ownInvRow53<Vqc32s>);
 }
 VQCJ_API VqcStatus vqciWTInvCol_B53_JPEG2K_16s_C1R(const Vqc16s* pSrcLow, int32_t srcLowStep, const Vqc16s* pSrcHigh,
-                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc16s* pDst,
-                                                   int32_t dstStep, VqciWTPhase phase) {
-    return invCol(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoi, pDst, dstStep, phase);
+                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc16s* pDst, int32_t dstStep,
+                                                   VqciWTPhase phase) {
+    return ownInvLineForm(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoi, pDst, dstStep, phase,
+                          ownInvCol53<Vqc16s>);
 }
 VQCJ_API VqcStatus vqciWTInvCol_B53_JPEG2K_32s_C1R(const Vqc32s* pSrcLow, int32_t srcLowStep, const Vqc32s* pSrcHigh,
-                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc32s* pDst,
-                                                   int32_t dstStep, VqciWTPhase phase) {
-    return invCol(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoi, pDst, dstStep, phase);
+                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc32s* pDst, int32_t dstStep,
+                                                   VqciWTPhase phase) {
+    return ownInvLineForm(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoi, pDst, dstStep, phase,
+                          ownInvCol53<Vqc32s>);
 }
 VQCJ_API VqcStatus vqciWTFwdColLift_B53_JPEG2K_16s_C1(const Vqc16s* pSrc0, const Vqc16s* pSrc1, const Vqc16s* pSrc2,
                                                       Vqc16s* pDstLow0, const Vqc16s* pSrcHigh0, Vqc16s* pDstHigh1,
@@ -421,46 +380,46 @@ VQCJ_API VqcStatus vqciWTFwdColLift_B53_JPEG2K_32s_C1(const Vqc32s* pSrc0, const
     return fwdLift(pSrc0, pSrc1, pSrc2, pDstLow0, pSrcHigh0, pDstHigh1, width);
 }
 VQCJ_API VqcStatus vqciWTInvColLift_B53_JPEG2K_16s_C1(const Vqc16s* pSrcLow0, const Vqc16s* pSrcHigh0,
-                                                      const Vqc16s* pSrcHigh1, const Vqc16s* pSrcEven0,
-                                                      Vqc16s* pDstOdd, Vqc16s* pDstEven, int32_t width) {
+                                                      const Vqc16s* pSrcHigh1, const Vqc16s* pSrcEven0, Vqc16s* pDstOdd,
+                                                      Vqc16s* pDstEven, int32_t width) {
     return invLift(pSrcLow0, pSrcHigh0, pSrcHigh1, pSrcEven0, pDstOdd, pDstEven, width);
 }
 VQCJ_API VqcStatus vqciWTInvColLift_B53_JPEG2K_32s_C1(const Vqc32s* pSrcLow0, const Vqc32s* pSrcHigh0,
-                                                      const Vqc32s* pSrcHigh1, const Vqc32s* pSrcEven0,
-                                                      Vqc32s* pDstOdd, Vqc32s* pDstEven, int32_t width) {
+                                                      const Vqc32s* pSrcHigh1, const Vqc32s* pSrcEven0, Vqc32s* pDstOdd,
+                                                      Vqc32s* pDstEven, int32_t width) {
     return invLift(pSrcLow0, pSrcHigh0, pSrcHigh1, pSrcEven0, pDstOdd, pDstEven, width);
 }
 VQCJ_API VqcStatus vqciWTFwd_B53_JPEG2K_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,
                                                  Vqc8u* pBuffer) {
-    return fwdIR(pSrcDst, srcDstStep, pRect, pBuffer);
+    return ownInPlaceForm(pSrcDst, srcDstStep, pRect, pBuffer, ownFwd2D53<Vqc16s>);
 }
 VQCJ_API VqcStatus vqciWTFwd_B53_JPEG2K_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,
                                                  Vqc8u* pBuffer) {
-    return fwdIR(pSrcDst, srcDstStep, pRect, pBuffer);
+    return ownInPlaceForm(pSrcDst, srcDstStep, pRect, pBuffer, ownFwd2D53<Vqc32s>);
 }
 VQCJ_API VqcStatus vqciWTInv_B53_JPEG2K_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,
                                                  Vqc8u* pBuffer) {
-    return invIR(pSrcDst, srcDstStep, pRect, pBuffer);
+    return ownInPlaceForm(pSrcDst, srcDstStep, pRect, pBuffer, ownInv2D53<Vqc16s>);
 }
 VQCJ_API VqcStatus vqciWTInv_B53_JPEG2K_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,
                                                  Vqc8u* pBuffer) {
-    return invIR(pSrcDst, srcDstStep, pRect, pBuffer);
+    return ownInPlaceForm(pSrcDst, srcDstStep, pRect, pBuffer, ownInv2D53<Vqc32s>);
 }
 VQCJ_API VqcStatus vqciWTFwd_B53_JPEG2K_16s_C1R(const Vqc16s* pSrc, int32_t srcStep, const VqciRect* pRect,
                                                 Vqc16s* const pDst[4], const int32_t dstStep[4], Vqc8u* pBuffer) {
-    return fwdR(pSrc, srcStep, pRect, pDst, dstStep, pBuffer);
+    return ownFwdBandForm(pSrc, srcStep, pRect, pDst, dstStep, pBuffer, ownFwd2D53<Vqc16s>);
 }
 VQCJ_API VqcStatus vqciWTFwd_B53_JPEG2K_32s_C1R(const Vqc32s* pSrc, int32_t srcStep, const VqciRect* pRect,
                                                 Vqc32s* const pDst[4], const int32_t dstStep[4], Vqc8u* pBuffer) {
-    return fwdR(pSrc, srcStep, pRect, pDst, dstStep, pBuffer);
+    return ownFwdBandForm(pSrc, srcStep, pRect, pDst, dstStep, pBuffer, ownFwd2D53<Vqc32s>);
 }
 VQCJ_API VqcStatus vqciWTInv_B53_JPEG2K_16s_C1R(const Vqc16s* const pSrc[4], const int32_t srcStep[4], Vqc16s* pDst,
                                                 int32_t dstStep, const VqciRect* pRect, Vqc8u* pBuffer) {
-    return invR(pSrc, srcStep, pDst, dstStep, pRect, pBuffer);
+    return ownInvBandForm(pSrc, srcStep, pDst, dstStep, pRect, pBuffer, ownInv2D53<Vqc16s>);
 }
 VQCJ_API VqcStatus vqciWTInv_B53_JPEG2K_32s_C1R(const Vqc32s* const pSrc[4], const int32_t srcStep[4], Vqc32s* pDst,
                                                 int32_t dstStep, const VqciRect* pRect, Vqc8u* pBuffer) {
-    return invR(pSrc, srcStep, pDst, dstStep, pRect, pBuffer);
+    return ownInvBandForm(pSrc, srcStep, pDst, dstStep, pRect, pBuffer, ownInv2D53<Vqc32s>);
 }
 VQCJ_API VqcStatus vqciWTGetBufSize_B53_JPEG2K_16s_C1IR(const VqciRect* pRect, int32_t* pSize) {
     return bufSize<Vqc16s>(pRect, pSize, false);

@@ -34,8 +34,10 @@ constexpr int32_t r14(int32_t v) { return addW(v, 8192) >> 14; }
 // keep their low 32 bits.
 template <class T>
 constexpr int32_t fin(int64_t v) {
-    if constexpr (sizeof(T) == 2) return v < -32768 ? -32768 : v > 32767 ? 32767 : static_cast<int32_t>(v);
-    else return static_cast<int32_t>(v);
+    if constexpr (sizeof(T) == 2)
+        return v < -32768 ? -32768 : v > 32767 ? 32767 : static_cast<int32_t>(v);
+    else
+        return static_cast<int32_t>(v);
 }
 
 // Line and column-step forms, 16-bit fractions. Pair sums are formed at
@@ -55,8 +57,10 @@ struct Fix16 {
     static V D(V a, V l, V r) { return fin<T>(a + r16(k16::gamma * addW(l, r))); }
     // The high left of a 16s low-first row: its product wraps at 32 bits.
     static V Dfirst(V a, V l, V r) {
-        if constexpr (k16s) return fin<T>(a + (addW(mulW(static_cast<int32_t>(k16::gamma), addW(l, r)), 32768) >> 16));
-        else return D(a, l, r);
+        if constexpr (k16s)
+            return fin<T>(a + (addW(mulW(static_cast<int32_t>(k16::gamma), addW(l, r)), 32768) >> 16));
+        else
+            return D(a, l, r);
     }
     static V lowFused(V b, V dl, V dr) { return fin<T>(r16(k16::kLow * b + k16::deltaLow * addW(dl, dr))); }
     static V lowTail(V b, V dl, V dr) {
@@ -114,8 +118,10 @@ struct Flt {
     using V = float;
     static V load(T v) { return static_cast<float>(v); }
     static T store(V v) {
-        if constexpr (std::is_same_v<T, float>) return v;
-        else return ownTruncSat(v);
+        if constexpr (std::is_same_v<T, float>)
+            return v;
+        else
+            return ownTruncSat(v);
     }
     // Intermediates held in 32-bit image rows keep their float bits until
     // the last step converts them.
@@ -129,12 +135,16 @@ struct Flt {
     static V lowFused(V b, V dl, V dr) { return lowTail(b, dl, dr); }
     static V high(V d) { return d * kf::kHigh; }
     static V E1(V low, V hl, V hr) {
-        if constexpr (kFusedInverse) return kf::kHigh * low - kf::deltaLow * (hl + hr);
-        else return low * kf::kHigh - kf::delta * (hl * kf::kLow + hr * kf::kLow);
+        if constexpr (kFusedInverse)
+            return kf::kHigh * low - kf::deltaLow * (hl + hr);
+        else
+            return low * kf::kHigh - kf::delta * (hl * kf::kLow + hr * kf::kLow);
     }
     static V O1(V high, V el, V er) {
-        if constexpr (kFusedInverse) return kf::kLow * high - kf::gamma * (el + er);
-        else return high * kf::kLow - kf::gamma * (el + er);
+        if constexpr (kFusedInverse)
+            return kf::kLow * high - kf::gamma * (el + er);
+        else
+            return high * kf::kLow - kf::gamma * (el + er);
     }
     static V E2(V e1, V ol, V orr) { return e1 - kf::beta * (ol + orr); }
     static V O2(V o1, V el, V er) { return o1 - kf::alpha * (el + er); }
@@ -208,12 +218,16 @@ struct Direct {
     static constexpr bool kFloat = std::is_same_v<T, float>;
     using Acc = std::conditional_t<kFloat, float, int64_t>;
     static Acc pairSum(T a, T b) {
-        if constexpr (kFloat) return a + b;
-        else return addW(a, b);
+        if constexpr (kFloat)
+            return a + b;
+        else
+            return addW(a, b);
     }
     static T done(Acc v) {
-        if constexpr (kFloat) return v;
-        else return static_cast<T>(fin<T>(r16(v)));
+        if constexpr (kFloat)
+            return v;
+        else
+            return static_cast<T>(fin<T>(r16(v)));
     }
     template <class F>
     static T low(F x) {
@@ -330,8 +344,10 @@ void ownFwdLine2D97(T* x, ptrdiff_t step, int n, int p, T* buf) {
     }
     T* l = buf + 4;
     ownGather(x, step, l, n);
-    if (n <= 4) ownPeriodic(l, n);
-    else ownMirror(l, n, 4 - p, ((p + n) & 1) + 3);
+    if (n <= 4)
+        ownPeriodic(l, n);
+    else
+        ownMirror(l, n, 4 - p, ((p + n) & 1) + 3);
     const int nl = (n + 1 - p) >> 1, nh = n - nl;
     T* low = ownAt(x, (p ? n >> 1 : 0) * step);
     T* high = ownAt(x, (p ? 0 : (n + 1) >> 1) * step);
@@ -349,8 +365,10 @@ void ownInvLine2D97(T* x, ptrdiff_t step, int n, int p, T* buf) {
     const int nl = (n + 1 - p) >> 1, nh = n - nl;
     for (int j = 0; j < nl; ++j) l[p + 2 * j] = *ownAt(x, j * step);
     for (int j = 0; j < nh; ++j) l[1 - p + 2 * j] = *ownAt(x, (nl + j) * step);
-    if (n <= 4) ownPeriodic(l, n);
-    else ownMirror(l, n, p + 3, 4 - ((p + n) & 1));
+    if (n <= 4)
+        ownPeriodic(l, n);
+    else
+        ownMirror(l, n, p + 3, 4 - ((p + n) & 1));
     ownInvLine97<Policy2D<T>>(l + p, 2 * sizeof(T), l + 1 - p, 2 * sizeof(T), x, step, nl, nh, p);
 }
 
@@ -382,15 +400,20 @@ void ownFwdCols97(T* img, ptrdiff_t step, int w, int n, int p, T* spare) {
     if (((last + p) & 1) != 0) op(last, [](T d, T, T) { return P::store(P::high(P::loadHeld(d))); });
     const BandOrder order(n, p);
     const int nh = n - order.nl;
-    if (p == 0) ownPermuteRows(img, step, w, n, [&](int j) { return order.indexOfSlot(j); }, spare);
-    else ownPermuteRows(img, step, w, n, [&](int j) { return j < nh ? 2 * j : 1 + 2 * (j - nh); }, spare);
+    if (p == 0)
+        ownPermuteRows(
+            img, step, w, n, [&](int j) { return order.indexOfSlot(j); }, spare);
+    else
+        ownPermuteRows(
+            img, step, w, n, [&](int j) { return j < nh ? 2 * j : 1 + 2 * (j - nh); }, spare);
 }
 
 template <class T>
 void ownInvCols97(T* img, ptrdiff_t step, int w, int n, int p, T* spare) {
     using P = Policy2D<T>;
     const BandOrder order(n, p);
-    ownPermuteRows(img, step, w, n, [&](int i) { return order.slotOfIndex(i); }, spare);
+    ownPermuteRows(
+        img, step, w, n, [&](int i) { return order.slotOfIndex(i); }, spare);
     auto R = [&](int i) { return ownAt(img, ownMirrorIndex(i, n) * step); };
     auto op = [&](int i, auto f) {
         if (i < 0 || i >= n) return;
@@ -418,8 +441,10 @@ void ownFwd2D97(T* img, int32_t step, const VqciRect& r, uint8_t* buf) {
     T* line = reinterpret_cast<T*>(buf);
     auto fwd = [line](T* x, ptrdiff_t s, int n, int p) { ownFwdLine2D97(x, s, n, p, line); };
     ownWT2D(img, step, r, true, fwd, [line, fwd](T* im, ptrdiff_t s, int w, int n, int p) {
-        if (n < 5 || (p && (n & 1))) ownColumnsByLine<T>(fwd)(im, s, w, n, p);
-        else ownFwdCols97(im, s, w, n, p, line);
+        if (n < 5 || (p && (n & 1)))
+            ownColumnsByLine<T>(fwd)(im, s, w, n, p);
+        else
+            ownFwdCols97(im, s, w, n, p, line);
     });
 }
 template <class T>
@@ -427,8 +452,10 @@ void ownInv2D97(T* img, int32_t step, const VqciRect& r, uint8_t* buf) {
     T* line = reinterpret_cast<T*>(buf);
     auto inv = [line](T* x, ptrdiff_t s, int n, int p) { ownInvLine2D97(x, s, n, p, line); };
     ownWT2D(img, step, r, false, inv, [line, inv](T* im, ptrdiff_t s, int w, int n, int p) {
-        if (n < 5) ownColumnsByLine<T>(inv)(im, s, w, n, p);
-        else ownInvCols97(im, s, w, n, p, line);
+        if (n < 5)
+            ownColumnsByLine<T>(inv)(im, s, w, n, p);
+        else
+            ownInvCols97(im, s, w, n, p, line);
     });
 }
 
@@ -458,37 +485,29 @@ void ownInvColLift97(const T* low0, const T* high0, const T* high1, const T* s0,
     for (int c = 0; c < w; ++c) d1[c] = P::store(P::O2(d1[c], s0[c], d2[c]));
 }
 
-// Exported bodies shared by the sample types.
+// Row and column forms: the line routine over every row, or down every
+// column with the row step as the sample stride.
 template <class T>
-VqcStatus fwdRow(const T* s, int32_t ss, T* l, int32_t ls, T* h, int32_t hs, VqciSize roi, VqciWTPhase ph) {
-    if (VqcStatus st = ownCheckLineFwd(s, ss, l, ls, h, hs, roi)) return st;
+void ownFwdRow97(const T* s, int32_t ss, T* l, int32_t ls, T* h, int32_t hs, VqciSize roi, int p) {
     constexpr ptrdiff_t e = sizeof(T);
     for (int k = 0; k < roi.height; ++k)
-        ownFwdLineForm97(ownAt(s, k * ptrdiff_t(ss)), e, ownAt(l, k * ptrdiff_t(ls)), e, ownAt(h, k * ptrdiff_t(hs)),
-                         e, roi.width, ph != 0);
-    return vqcStatusOk;
+        ownFwdLineForm97(ownAt(s, k * ptrdiff_t(ss)), e, ownAt(l, k * ptrdiff_t(ls)), e, ownAt(h, k * ptrdiff_t(hs)), e,
+                         roi.width, p);
 }
 template <class T>
-VqcStatus invRow(const T* l, int32_t ls, const T* h, int32_t hs, VqciSize roi, T* d, int32_t ds, VqciWTPhase ph) {
-    if (VqcStatus st = ownCheckLineInv(l, ls, h, hs, roi, d, ds)) return st;
+void ownInvRow97(const T* l, int32_t ls, const T* h, int32_t hs, VqciSize roi, T* d, int32_t ds, int p) {
     constexpr ptrdiff_t e = sizeof(T);
     for (int k = 0; k < roi.height; ++k)
-        ownInvLineForm97(ownAt(l, k * ptrdiff_t(ls)), e, ownAt(h, k * ptrdiff_t(hs)), e, ownAt(d, k * ptrdiff_t(ds)),
-                         e, roi.width, ph != 0);
-    return vqcStatusOk;
-}
-// Columns are the row lines with the row step as the sample stride.
-template <class T>
-VqcStatus fwdCol(const T* s, int32_t ss, T* l, int32_t ls, T* h, int32_t hs, VqciSize roi, VqciWTPhase ph) {
-    if (VqcStatus st = ownCheckLineFwd(s, ss, l, ls, h, hs, roi)) return st;
-    for (int c = 0; c < roi.width; ++c) ownFwdLineForm97(s + c, ss, l + c, ls, h + c, hs, roi.height, ph != 0);
-    return vqcStatusOk;
+        ownInvLineForm97(ownAt(l, k * ptrdiff_t(ls)), e, ownAt(h, k * ptrdiff_t(hs)), e, ownAt(d, k * ptrdiff_t(ds)), e,
+                         roi.width, p);
 }
 template <class T>
-VqcStatus invCol(const T* l, int32_t ls, const T* h, int32_t hs, VqciSize roi, T* d, int32_t ds, VqciWTPhase ph) {
-    if (VqcStatus st = ownCheckLineInv(l, ls, h, hs, roi, d, ds)) return st;
-    for (int c = 0; c < roi.width; ++c) ownInvLineForm97(l + c, ls, h + c, hs, d + c, ds, roi.height, ph != 0);
-    return vqcStatusOk;
+void ownFwdCol97(const T* s, int32_t ss, T* l, int32_t ls, T* h, int32_t hs, VqciSize roi, int p) {
+    for (int c = 0; c < roi.width; ++c) ownFwdLineForm97(s + c, ss, l + c, ls, h + c, hs, roi.height, p);
+}
+template <class T>
+void ownInvCol97(const T* l, int32_t ls, const T* h, int32_t hs, VqciSize roi, T* d, int32_t ds, int p) {
+    for (int c = 0; c < roi.width; ++c) ownInvLineForm97(l + c, ls, h + c, hs, d + c, ds, roi.height, p);
 }
 template <class T>
 VqcStatus fwdLift(const T* s0, const T* s1, const T* s2, T* l0, T* l1, T* h0, T* h1, T* h2, int32_t w) {
@@ -502,87 +521,56 @@ VqcStatus invLift(const T* l0, const T* h0, const T* h1, const T* s0, T* d1, T* 
     ownInvColLift97(l0, h0, h1, s0, d1, d2, d3, d4, w);
     return vqcStatusOk;
 }
-template <class T>
-VqcStatus fwdIR(T* p, int32_t step, const VqciRect* r, uint8_t* buf) {
-    if (VqcStatus st = ownCheckInPlace(p, step, r, buf)) return st;
-    ownFwd2D97(p, step, *r, buf);
-    return vqcStatusOk;
-}
-template <class T>
-VqcStatus invIR(T* p, int32_t step, const VqciRect* r, uint8_t* buf) {
-    if (VqcStatus st = ownCheckInPlace(p, step, r, buf)) return st;
-    ownInv2D97(p, step, *r, buf);
-    return vqcStatusOk;
-}
-template <class T>
-VqcStatus fwdR(const T* s, int32_t ss, const VqciRect* r, T* const d[4], const int32_t ds[4], uint8_t* buf) {
-    if (VqcStatus st = ownCheckFwdBands(s, ss, r, d, ds, buf)) return st;
-    ownFwdBands(s, ss, *r, d, ds, buf, ownFwd2D97<T>);
-    return vqcStatusOk;
-}
-template <class T>
-VqcStatus invR(const T* const s[4], const int32_t ss[4], T* d, int32_t ds, const VqciRect* r, uint8_t* buf) {
-    if (VqcStatus st = ownCheckInvBands(s, ss, d, ds, r, buf)) return st;
-    ownInvBands(s, ss, d, ds, *r, buf, ownInv2D97<T>);
-    return vqcStatusOk;
-}
-// Lines of 2 already need the buffer (periodic extension); one line and
-// four elements each side.
-template <class T>
-VqcStatus bufSize(const VqciRect* r, int32_t* pSize, bool bands) {
-    if (VqcStatus st = Check().ptr(r).ptr(pSize)) return st;
-    *pSize = bands ? ownBufSizeR<T>(*r, 2, 8) : ownBufSizeIR<T>(*r, 2, 8);
-    return vqcStatusOk;
-}
-
 }  // namespace
 
 extern "C" {
 
-#define VQCJ_D97_LINES(t, T)                                                                                      \
-    VQCJ_API VqcStatus vqciWTFwdRow_D97_JPEG2K_##t##_C1R(const T* pSrc, int32_t srcStep, T* pDstLow,             \
-                                                         int32_t dstLowStep, T* pDstHigh, int32_t dstHighStep,   \
-                                                         VqciSize dstRoi, VqciWTPhase phase) {                    \
-        return fwdRow(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoi, phase);                  \
-    }                                                                                                             \
-    VQCJ_API VqcStatus vqciWTInvRow_D97_JPEG2K_##t##_C1R(const T* pSrcLow, int32_t srcLowStep, const T* pSrcHigh, \
-                                                         int32_t srcHighStep, VqciSize srcRoi, T* pDst,           \
-                                                         int32_t dstStep, VqciWTPhase phase) {                    \
-        return invRow(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoi, pDst, dstStep, phase);                  \
-    }                                                                                                             \
-    VQCJ_API VqcStatus vqciWTFwdColLift_D97_JPEG2K_##t##_C1(const T* pSrc0, const T* pSrc1, const T* pSrc2,       \
-                                                            T* pSrcDstLow0, T* pDstLow1, T* pSrcDstHigh0,         \
-                                                            T* pSrcDstHigh1, T* pDstHigh2, int32_t width) {       \
-        return fwdLift(pSrc0, pSrc1, pSrc2, pSrcDstLow0, pDstLow1, pSrcDstHigh0, pSrcDstHigh1, pDstHigh2, width); \
-    }                                                                                                             \
-    VQCJ_API VqcStatus vqciWTInvColLift_D97_JPEG2K_##t##_C1(const T* pSrcLow0, const T* pSrcHigh0,                \
-                                                            const T* pSrcHigh1, const T* pSrc0, T* pSrcDst1,      \
-                                                            T* pSrcDst2, T* pDst3, T* pDst4, int32_t width) {     \
-        return invLift(pSrcLow0, pSrcHigh0, pSrcHigh1, pSrc0, pSrcDst1, pSrcDst2, pDst3, pDst4, width);           \
+#define VQCJ_D97_LINES(t, T)                                                                                           \
+    VQCJ_API VqcStatus vqciWTFwdRow_D97_JPEG2K_##t##_C1R(const T* pSrc, int32_t srcStep, T* pDstLow,                   \
+                                                         int32_t dstLowStep, T* pDstHigh, int32_t dstHighStep,         \
+                                                         VqciSize dstRoi, VqciWTPhase phase) {                         \
+        return ownFwdLineForm(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoi, phase,                \
+                              ownFwdRow97<T>);                                                                         \
+    }                                                                                                                  \
+    VQCJ_API VqcStatus vqciWTInvRow_D97_JPEG2K_##t##_C1R(const T* pSrcLow, int32_t srcLowStep, const T* pSrcHigh,      \
+                                                         int32_t srcHighStep, VqciSize srcRoi, T* pDst,                \
+                                                         int32_t dstStep, VqciWTPhase phase) {                         \
+        return ownInvLineForm(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoi, pDst, dstStep, phase,                \
+                              ownInvRow97<T>);                                                                         \
+    }                                                                                                                  \
+    VQCJ_API VqcStatus vqciWTFwdColLift_D97_JPEG2K_##t##_C1(const T* pSrc0, const T* pSrc1, const T* pSrc2,            \
+                                                            T* pSrcDstLow0, T* pDstLow1, T* pSrcDstHigh0,              \
+                                                            T* pSrcDstHigh1, T* pDstHigh2, int32_t width) {            \
+        return fwdLift(pSrc0, pSrc1, pSrc2, pSrcDstLow0, pDstLow1, pSrcDstHigh0, pSrcDstHigh1, pDstHigh2, width);      \
+    }                                                                                                                  \
+    VQCJ_API VqcStatus vqciWTInvColLift_D97_JPEG2K_##t##_C1(const T* pSrcLow0, const T* pSrcHigh0, const T* pSrcHigh1, \
+                                                            const T* pSrc0, T* pSrcDst1, T* pSrcDst2, T* pDst3,        \
+                                                            T* pDst4, int32_t width) {                                 \
+        return invLift(pSrcLow0, pSrcHigh0, pSrcHigh1, pSrc0, pSrcDst1, pSrcDst2, pDst3, pDst4, width);                \
     }
 
-#define VQCJ_D97_2D(t, T)                                                                                         \
-    VQCJ_API VqcStatus vqciWTFwd_D97_JPEG2K_##t##_C1IR(T* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,     \
-                                                       Vqc8u* pBuffer) {                                          \
-        return fwdIR(pSrcDst, srcDstStep, pRect, pBuffer);                                                        \
-    }                                                                                                             \
-    VQCJ_API VqcStatus vqciWTInv_D97_JPEG2K_##t##_C1IR(T* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,     \
-                                                       Vqc8u* pBuffer) {                                          \
-        return invIR(pSrcDst, srcDstStep, pRect, pBuffer);                                                        \
-    }                                                                                                             \
-    VQCJ_API VqcStatus vqciWTFwd_D97_JPEG2K_##t##_C1R(const T* pSrc, int32_t srcStep, const VqciRect* pRect,      \
+#define VQCJ_D97_2D(t, T)                                                                                           \
+    VQCJ_API VqcStatus vqciWTFwd_D97_JPEG2K_##t##_C1IR(T* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,       \
+                                                       Vqc8u* pBuffer) {                                            \
+        return ownInPlaceForm(pSrcDst, srcDstStep, pRect, pBuffer, ownFwd2D97<T>);                                  \
+    }                                                                                                               \
+    VQCJ_API VqcStatus vqciWTInv_D97_JPEG2K_##t##_C1IR(T* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,       \
+                                                       Vqc8u* pBuffer) {                                            \
+        return ownInPlaceForm(pSrcDst, srcDstStep, pRect, pBuffer, ownInv2D97<T>);                                  \
+    }                                                                                                               \
+    VQCJ_API VqcStatus vqciWTFwd_D97_JPEG2K_##t##_C1R(const T* pSrc, int32_t srcStep, const VqciRect* pRect,        \
                                                       T* const pDst[4], const int32_t dstStep[4], Vqc8u* pBuffer) { \
-        return fwdR(pSrc, srcStep, pRect, pDst, dstStep, pBuffer);                                                \
-    }                                                                                                             \
-    VQCJ_API VqcStatus vqciWTInv_D97_JPEG2K_##t##_C1R(const T* const pSrc[4], const int32_t srcStep[4], T* pDst,  \
-                                                      int32_t dstStep, const VqciRect* pRect, Vqc8u* pBuffer) {   \
-        return invR(pSrc, srcStep, pDst, dstStep, pRect, pBuffer);                                                \
-    }                                                                                                             \
-    VQCJ_API VqcStatus vqciWTGetBufSize_D97_JPEG2K_##t##_C1IR(const VqciRect* pRect, int32_t* pSize) {            \
-        return bufSize<T>(pRect, pSize, false);                                                                   \
-    }                                                                                                             \
-    VQCJ_API VqcStatus vqciWTGetBufSize_D97_JPEG2K_##t##_C1R(const VqciRect* pRect, int32_t* pSize) {             \
-        return bufSize<T>(pRect, pSize, true);                                                                    \
+        return ownFwdBandForm(pSrc, srcStep, pRect, pDst, dstStep, pBuffer, ownFwd2D97<T>);                         \
+    }                                                                                                               \
+    VQCJ_API VqcStatus vqciWTInv_D97_JPEG2K_##t##_C1R(const T* const pSrc[4], const int32_t srcStep[4], T* pDst,    \
+                                                      int32_t dstStep, const VqciRect* pRect, Vqc8u* pBuffer) {     \
+        return ownInvBandForm(pSrc, srcStep, pDst, dstStep, pRect, pBuffer, ownInv2D97<T>);                         \
+    }                                                                                                               \
+    VQCJ_API VqcStatus vqciWTGetBufSize_D97_JPEG2K_##t##_C1IR(const VqciRect* pRect, int32_t* pSize) {              \
+        return ownBufSizeForm<T>(pRect, pSize, false, 2, 8);                                                        \
+    }                                                                                                               \
+    VQCJ_API VqcStatus vqciWTGetBufSize_D97_JPEG2K_##t##_C1R(const VqciRect* pRect, int32_t* pSize) {               \
+        return ownBufSizeForm<T>(pRect, pSize, true, 2, 8);                                                         \
     }
 
 VQCJ_D97_LINES(16s, Vqc16s)
@@ -594,12 +582,14 @@ VQCJ_D97_2D(32s, Vqc32s)
 VQCJ_API VqcStatus vqciWTFwdCol_D97_JPEG2K_32f_C1R(const Vqc32f* pSrc, int32_t srcStep, Vqc32f* pDstLow,
                                                    int32_t dstLowStep, Vqc32f* pDstHigh, int32_t dstHighStep,
                                                    VqciSize dstRoi, VqciWTPhase phase) {
-    return fwdCol(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoi, phase);
+    return ownFwdLineForm(pSrc, srcStep, pDstLow, dstLowStep, pDstHigh, dstHighStep, dstRoi, phase,
+                          ownFwdCol97<Vqc32f>);
 }
 VQCJ_API VqcStatus vqciWTInvCol_D97_JPEG2K_32f_C1R(const Vqc32f* pSrcLow, int32_t srcLowStep, const Vqc32f* pSrcHigh,
-                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc32f* pDst,
-                                                   int32_t dstStep, VqciWTPhase phase) {
-    return invCol(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoi, pDst, dstStep, phase);
+                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc32f* pDst, int32_t dstStep,
+                                                   VqciWTPhase phase) {
+    return ownInvLineForm(pSrcLow, srcLowStep, pSrcHigh, srcHighStep, srcRoi, pDst, dstStep, phase,
+                          ownInvCol97<Vqc32f>);
 }
 
 #undef VQCJ_D97_LINES

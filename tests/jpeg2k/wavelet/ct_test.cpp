@@ -42,12 +42,15 @@ TEST(ComponentTransforms, HandWorkedPixels) {
     // RCT: Y = (10 + 40 + 40) >> 2, U = B - G, V = R - G; and back.
     EXPECT_EQ(onePixel<Vqc16s>(vqciRCTFwd_JPEG2K_16s_P3IR, 10, 20, 40), (V16{22, 20, -10}));
     EXPECT_EQ(onePixel<Vqc32s>(vqciRCTInv_JPEG2K_32s_P3IR, 22, 20, -10), (V32{10, 20, 40}));
-    // Negative sums shift arithmetically: (-1 - 2 - 1) >> 2 = -1, and G = -3 - ((-1 + 0) >> 2) = -2.
+    // Negative sums shift arithmetically: (-1 - 2 - 1) >> 2 = -1, and G = -3 -
+    // ((-1 + 0) >> 2) = -2.
     EXPECT_EQ(onePixel<Vqc32s>(vqciRCTFwd_JPEG2K_32s_P3IR, -1, -1, -1), (V32{-1, 0, 0}));
     EXPECT_EQ(onePixel<Vqc16s>(vqciRCTInv_JPEG2K_16s_P3IR, -3, -1, 0), (V16{-2, -2, -3}));
-    // ICT of pure red: (4899 * 255 + 8192) >> 14 = 76, (-2765 * 255 + 8192) >> 14 = -43, 128.
+    // ICT of pure red: (4899 * 255 + 8192) >> 14 = 76, (-2765 * 255 + 8192) >> 14
+    // = -43, 128.
     EXPECT_EQ(onePixel<Vqc16s>(vqciICTFwd_JPEG2K_16s_P3IR, 255, 0, 0), (V16{76, -43, 128}));
-    // Inverse: 100 + ((22970 * 50 + 8192) >> 14) = 170; 100 + ((-5638 * -20 - 11700 * 50 + 8192) >> 14) = 71.
+    // Inverse: 100 + ((22970 * 50 + 8192) >> 14) = 170; 100 + ((-5638 * -20 -
+    // 11700 * 50 + 8192) >> 14) = 71.
     EXPECT_EQ(onePixel<Vqc32s>(vqciICTInv_JPEG2K_32s_P3IR, 100, -20, 50), (V32{170, 71, 65}));
     // Grey keeps its value as Y and gives exact zero chroma.
     for (int g : {-3000, -1, 0, 1, 77, 3000})
@@ -136,7 +139,9 @@ TEST(ComponentTransforms, CheckOrder) {
     const Vqc32s* cok[3] = {a, a + 1, a + 2};
     Vqc32f f[3] = {};
     Vqc32f* fok[3] = {f, f + 1, f + 2};
-    struct Row { VqcStatus got, want; };
+    struct Row {
+        VqcStatus got, want;
+    };
     const Row rows[] = {
         {vqciRCTFwd_JPEG2K_32s_P3IR(mid, 0, {0, 0}), vqcStatusNullPtr},
         {vqciRCTFwd_JPEG2K_32s_P3IR(nullptr, 4, {1, 1}), vqcStatusNullPtr},

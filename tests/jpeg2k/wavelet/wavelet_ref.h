@@ -18,7 +18,8 @@ struct Img {
     int w, h, m, stride;
     std::vector<T> v;
     static constexpr T kMark = T(-12345);
-    Img(int w_, int h_, int m_ = 2) : w(w_), h(h_), m(m_), stride(w_ + 2 * m_), v((h_ + 2 * m_) * (w_ + 2 * m_), kMark) {}
+    Img(int w_, int h_, int m_ = 2)
+        : w(w_), h(h_), m(m_), stride(w_ + 2 * m_), v((h_ + 2 * m_) * (w_ + 2 * m_), kMark) {}
     T* data() { return &(*this)(0, 0); }
     const T* data() const { return &v[m * stride + m]; }
     int32_t step() const { return stride * int32_t(sizeof(T)); }
@@ -58,13 +59,15 @@ inline int pse(int i, int n) {
 inline std::vector<int64_t> ref53Line(const std::vector<int64_t>& x, int i0) {
     const int n = int(x.size());
     if (n == 1) return {(i0 & 1) ? 2 * x[0] : x[0]};
-    auto X = [&](int i) { return x[pse(i - i0, n)]; };   // i global
+    auto X = [&](int i) { return x[pse(i - i0, n)]; };  // i global
     auto fl = [](int64_t a, int b) { return a >= 0 ? a / b : -((-a + b - 1) / b); };
     auto D = [&](int i) { return X(i) - fl(X(i - 1) + X(i + 1), 2); };  // i odd
     std::vector<int64_t> lo, hi;
     for (int i = i0; i < i0 + n; ++i) {
-        if (i & 1) hi.push_back(D(i));
-        else lo.push_back(X(i) + fl(D(i - 1) + D(i + 1) + 2, 4));
+        if (i & 1)
+            hi.push_back(D(i));
+        else
+            lo.push_back(X(i) + fl(D(i - 1) + D(i + 1) + 2, 4));
     }
     lo.insert(lo.end(), hi.begin(), hi.end());
     return lo;

@@ -97,7 +97,8 @@ TYPED_TEST(Wt53, TwoDimensionalFormsMatchTheStandard) {
             ASSERT_EQ(A::fwdIR(ip.data(), ip.step(), &r, bufIR.data()), vqcStatusOk);
             for (int k = 0; k < h; ++k)
                 for (int i = 0; i < w; ++i)
-                    ASSERT_EQ(ip(i, k), T(want[k * w + i])) << w << "x" << h << " org " << org << " at " << i << "," << k;
+                    ASSERT_EQ(ip(i, k), T(want[k * w + i]))
+                        << w << "x" << h << " org " << org << " at " << i << "," << k;
             EXPECT_TRUE(ip.marginIntact());
 
             // Bands cut at the fixed (n + 1) >> 1 from the in-place result.
@@ -165,13 +166,15 @@ TYPED_TEST(Wt53, LineFormsMatchTheStandardAndRoundTrip) {
                 int li = 0, hi = nl;
                 for (int i = 0; i < len; ++i) full[i] = (((i + at + p) & 1) == 0) ? y[li++] : y[hi++];
             }
-            // Rows: one row, columns: the same signal down one column of a 3-wide image.
+            // Rows: one row, columns: the same signal down one column of a 3-wide
+            // image.
             for (bool col : {false, true}) {
                 const int cols = col ? 3 : 1;
                 const int32_t sstep = col ? 3 * sizeof(T) : len * sizeof(T);
                 std::vector<T> s(len * cols);
                 for (int i = 0; i < len; ++i) s[col ? i * 3 + 1 : i] = T(sig[i]);
-                // Bands of w + 2 pairs starting one pair early, so the inverse has its border.
+                // Bands of w + 2 pairs starting one pair early, so the inverse has its
+                // border.
                 const int W = w + 2;
                 std::vector<T> lo(W * cols), hi(W * cols);
                 const T* s0 = s.data() + (col ? (at - 2) * 3 + 1 : at - 2);
@@ -182,7 +185,8 @@ TYPED_TEST(Wt53, LineFormsMatchTheStandardAndRoundTrip) {
                 ASSERT_EQ((col ? A::fwdCol : A::fwdRow)(s0, sstep, l0, bstep, h0, bstep, roi, phase), vqcStatusOk);
                 const int e = col ? 3 : 1;
                 for (int j = 1; j <= w; ++j) {
-                    // Pair j of the wide call is pair j - 1 of the form at src = sig + at.
+                    // Pair j of the wide call is pair j - 1 of the form at src = sig +
+                    // at.
                     const int even = at + 2 * (j - 1) + p, odd = p ? even - 1 : even + 1;
                     ASSERT_EQ(l0[j * e], T(full[even])) << "w " << w << " phase " << phase << " col " << col;
                     ASSERT_EQ(h0[j * e], T(full[odd])) << "w " << w << " phase " << phase << " col " << col;
@@ -224,8 +228,7 @@ TYPED_TEST(Wt53, ColumnStepsChainIntoTheColumnForm) {
 
     // Inverse: even row 0 from the first low, then one step per pair.
     Img<T> out(w, 2 * h - 1);
-    for (int i = 0; i < w; ++i)
-        out(i, 0) = T(int(lo(i, 0)) - ((int(hi2(i, 0)) + int(hi2(i, 1)) + 2) >> 2));
+    for (int i = 0; i < w; ++i) out(i, 0) = T(int(lo(i, 0)) - ((int(hi2(i, 0)) + int(hi2(i, 1)) + 2) >> 2));
     for (int k = 0; k + 1 < h; ++k)
         ASSERT_EQ(A::invLift(&lo(0, k + 1), &hi2(0, k + 1), &hi2(0, k + 2), &out(0, 2 * k), &out(0, 2 * k + 1),
                              &out(0, 2 * k + 2), w),
@@ -252,7 +255,8 @@ TYPED_TEST(Wt53, SmallRegions) {
     EXPECT_EQ(one(1, 1, 1, 1, {-7}, true), V{-28});
     EXPECT_EQ(one(1, 1, 1, 1, {-29}, false), V{-7});  // -29 / 2 = -14, / 2 = -7, truncating
     EXPECT_EQ(one(1, 0, 1, 1, {-9}, true), V{-18});
-    // Two samples: d = b - a, low = a + ((d + 1) >> 1), low first for both phases.
+    // Two samples: d = b - a, low = a + ((d + 1) >> 1), low first for both
+    // phases.
     EXPECT_EQ(one(0, 0, 2, 1, {10, 3}, true), (V{7, -7}));
     EXPECT_EQ(one(1, 0, 2, 1, {10, 3}, true), (V{7, 7}));
     EXPECT_EQ(one(1, 0, 2, 1, {7, 7}, false), (V{10, 3}));
@@ -262,7 +266,8 @@ TYPED_TEST(Wt53, SmallRegions) {
         // The two-sample difference is used wide; only its store wraps.
         EXPECT_EQ(one(0, 0, 2, 1, {-32768, 32767}, true), (V{0, -1}));
     }
-    for (auto [w, h, ir] : std::vector<std::tuple<int, int, int>>{{1, 1, 0}, {2, 2, 0}, {2, 1, 0}, {3, 1, 14}, {1, 3, 14}, {5, 9, 26}}) {
+    for (auto [w, h, ir] :
+         std::vector<std::tuple<int, int, int>>{{1, 1, 0}, {2, 2, 0}, {2, 1, 0}, {3, 1, 14}, {1, 3, 14}, {5, 9, 26}}) {
         const VqciRect r{0, 0, w, h};
         int32_t a = -1, b = -1;
         A::sizeIR(&r, &a);
@@ -297,7 +302,9 @@ TYPED_TEST(Wt53, CheckOrder) {
     const T* psn[4] = {p, p, p, nullptr};
     int32_t st[4] = {8, 8, 8, 8}, stb[4] = {8, 8, 0, 8};
     int32_t sz;
-    struct Row { VqcStatus got, want; };
+    struct Row {
+        VqcStatus got, want;
+    };
     const Row rows[] = {
         {A::fwdRow(nullptr, 0, p, 8, p, 8, bad, 0), vqcStatusNullPtr},
         {A::fwdRow(p, 8, p, 8, nullptr, 0, ok, 0), vqcStatusNullPtr},

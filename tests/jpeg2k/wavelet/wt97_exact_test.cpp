@@ -39,9 +39,8 @@ Arith fix16(bool s16) {
     a.A = [f](I64 s, I64 l, I64 r) { return f(s + r16(-103949 * sum32(l, r))); };
     a.B = [f](I64 s, I64 l, I64 r) { return f(s + r16(-3472 * sum32(l, r))); };
     a.D = [f](I64 s, I64 l, I64 r) { return f(s + r16(57862 * sum32(l, r))); };
-    a.Dfirst = s16 ? std::function<I64(I64, I64, I64)>([f](I64 s, I64 l, I64 r) {
-        return f(s + (w32(w32(57862 * sum32(l, r)) + 32768) >> 16));
-    })
+    a.Dfirst = s16 ? std::function<I64(I64, I64, I64)>(
+                         [f](I64 s, I64 l, I64 r) { return f(s + (w32(w32(57862 * sum32(l, r)) + 32768) >> 16)); })
                    : a.D;
     a.lowFused = [f](I64 b, I64 l, I64 r) { return f(r16(53274 * b + 23627 * sum32(l, r))); };
     a.lowTail = [f](I64 b, I64 l, I64 r) {
@@ -91,7 +90,8 @@ Fwd modelForward(const Arith& a, const std::vector<I64>& x, int m, int n, int p,
         if (!odd(i)) B[i] = a.B(x[i], A[i - 1], A[i + 1]);
     const int firstD = m + p - 1;  // the high left of the first even sample
     for (int i = 3; i + 3 < len; ++i)
-        if (odd(i)) D[i] = (firstWraps && i == firstD) ? a.Dfirst(A[i], B[i - 1], B[i + 1]) : a.D(A[i], B[i - 1], B[i + 1]);
+        if (odd(i))
+            D[i] = (firstWraps && i == firstD) ? a.Dfirst(A[i], B[i - 1], B[i + 1]) : a.D(A[i], B[i - 1], B[i + 1]);
     Fwd f;
     int lows = 0;
     for (int i = m; i < m + n; ++i) lows += !odd(i);
@@ -99,7 +99,8 @@ Fwd modelForward(const Arith& a, const std::vector<I64>& x, int m, int n, int p,
         if (odd(i)) {
             f.high.push_back(a.high(D[i]));
         } else {
-            f.low.push_back(j < lows - tail ? a.lowFused(B[i], D[i - 1], D[i + 1]) : a.lowTail(B[i], D[i - 1], D[i + 1]));
+            f.low.push_back(j < lows - tail ? a.lowFused(B[i], D[i - 1], D[i + 1])
+                                            : a.lowTail(B[i], D[i - 1], D[i + 1]));
             ++j;
         }
     }
@@ -138,10 +139,11 @@ void rowsToTheBit(bool s16) {
                 const I64 lim = s16 ? (round < 2 ? 32768 : 2000) : (round < 2 ? (I64(1) << 31) : 2000000);
                 for (auto& v : x) v = std::uniform_int_distribution<I64>(-lim, lim - 1)(rng);
                 std::vector<T> s(x.begin(), x.end()), lo(w), hi(w);
-                const VqcStatus st = s16 ? vqciWTFwdRow_D97_JPEG2K_16s_C1R((const Vqc16s*)&s[m], len, (Vqc16s*)lo.data(), 2 * w,
-                                                                           (Vqc16s*)hi.data(), 2 * w, {w, 1}, p)
-                                         : vqciWTFwdRow_D97_JPEG2K_32s_C1R((const Vqc32s*)&s[m], len, (Vqc32s*)lo.data(), 4 * w,
-                                                                           (Vqc32s*)hi.data(), 4 * w, {w, 1}, p);
+                const VqcStatus st =
+                    s16 ? vqciWTFwdRow_D97_JPEG2K_16s_C1R((const Vqc16s*)&s[m], len, (Vqc16s*)lo.data(), 2 * w,
+                                                          (Vqc16s*)hi.data(), 2 * w, {w, 1}, p)
+                        : vqciWTFwdRow_D97_JPEG2K_32s_C1R((const Vqc32s*)&s[m], len, (Vqc32s*)lo.data(), 4 * w,
+                                                          (Vqc32s*)hi.data(), 4 * w, {w, 1}, p);
                 ASSERT_EQ(st, vqcStatusOk);
                 const Fwd f = modelForward(a, x, m, 2 * w, p, p ? 2 : 1, p == 0);
                 for (int j = 0; j < w; ++j) {
@@ -153,10 +155,11 @@ void rowsToTheBit(bool s16) {
                 for (auto* b : {&bl, &bh})
                     for (auto& v : *b) v = std::uniform_int_distribution<I64>(-lim, lim - 1)(rng);
                 std::vector<T> tl(bl.begin(), bl.end()), th(bh.begin(), bh.end()), out(2 * w);
-                const VqcStatus si = s16 ? vqciWTInvRow_D97_JPEG2K_16s_C1R((const Vqc16s*)&tl[2], 4096, (const Vqc16s*)&th[2],
-                                                                           4096, {w, 1}, (Vqc16s*)out.data(), 4096, p)
-                                         : vqciWTInvRow_D97_JPEG2K_32s_C1R((const Vqc32s*)&tl[2], 4096, (const Vqc32s*)&th[2],
-                                                                           4096, {w, 1}, (Vqc32s*)out.data(), 4096, p);
+                const VqcStatus si =
+                    s16 ? vqciWTInvRow_D97_JPEG2K_16s_C1R((const Vqc16s*)&tl[2], 4096, (const Vqc16s*)&th[2], 4096,
+                                                          {w, 1}, (Vqc16s*)out.data(), 4096, p)
+                        : vqciWTInvRow_D97_JPEG2K_32s_C1R((const Vqc32s*)&tl[2], 4096, (const Vqc32s*)&th[2], 4096,
+                                                          {w, 1}, (Vqc32s*)out.data(), 4096, p);
                 ASSERT_EQ(si, vqcStatusOk);
                 // Interleave: low[j] at position 2j + p, high[j] at 2j + 1 - p.
                 const int mm = 6;
@@ -208,7 +211,8 @@ TEST(Wt97Exact, TwoDimensional16sLines) {
             const auto back = modelInverse(a, y, m, n, p);
             std::vector<Vqc16s> im2(bands.begin(), bands.end());
             ASSERT_EQ(vqciWTInv_D97_JPEG2K_16s_C1IR(im2.data(), 2 * n, &r, buf.data()), vqcStatusOk);
-            for (int i = 0; i < n; ++i) ASSERT_EQ(im2[i], Vqc16s(back[i])) << "inverse n " << n << " p " << p << " at " << i;
+            for (int i = 0; i < n; ++i)
+                ASSERT_EQ(im2[i], Vqc16s(back[i])) << "inverse n " << n << " p " << p << " at " << i;
         }
 }
 

@@ -78,7 +78,8 @@ TYPED_TEST(Wt97, LinesFollowTheReference) {
             const auto y = ref97Line(x, col ? r.y : r.x);
             Img<T> ip = src;
             ASSERT_EQ(A::fwdIR(ip.data(), ip.step(), &r, buf.data()), vqcStatusOk);
-            for (int i = 0; i < n; ++i) ASSERT_NEAR(col ? ip(0, i) : ip(i, 0), y[i], tolFwd) << n << " " << col << " " << i;
+            for (int i = 0; i < n; ++i)
+                ASSERT_NEAR(col ? ip(0, i) : ip(i, 0), y[i], tolFwd) << n << " " << col << " " << i;
             ASSERT_EQ(A::invIR(ip.data(), ip.step(), &r, buf.data()), vqcStatusOk);
             for (int i = 0; i < n; ++i) ASSERT_NEAR(col ? ip(0, i) : ip(i, 0), col ? src(0, i) : src(i, 0), tolBack);
             EXPECT_TRUE(ip.marginIntact());
@@ -116,8 +117,10 @@ TYPED_TEST(Wt97, TwoDimensionalFormsAreTheirPasses) {
                         (fwd ? A::fwdIR : A::invIR)(&im(0, k), im.step(), &rr, line.data());
                     }
                 };
-                if (fwd) cols(), rows();
-                else rows(), cols();
+                if (fwd)
+                    cols(), rows();
+                else
+                    rows(), cols();
                 return im;
             };
             int32_t szIR = 0, szR = 0;
@@ -165,7 +168,8 @@ TYPED_TEST(Wt97, ColumnsEqualTransposedRows) {
         for (int p : {0, 1})
             for (bool fwd : {true, false}) {
                 const double lim = sizeof(T) == 2 ? 32767 : 1e9;
-                Img<T> row(n, 1), col(1, n);  // one column: its rows are lines of one sample at an even x
+                Img<T> row(n, 1), col(1,
+                                      n);  // one column: its rows are lines of one sample at an even x
                 row.random(rng, -lim, lim);
                 for (int k = 0; k < n; ++k) col(0, k) = row(k, 0);
                 const VqciRect rr{p, 0, n, 1}, rc{0, p, 1, n};
@@ -200,8 +204,10 @@ TYPED_TEST(Wt97, OddOriginPlacesHighsFirst) {
         for (int j = 0; j < nl; ++j) want[(n >> 1) + j] = y[j], set[(n >> 1) + j] = true;
         for (int j = 0; j < nh; ++j) want[j] = y[nl + j], set[j] = true;  // highs written last win
         for (int i = 0; i < n; ++i) {
-            if (set[i]) EXPECT_NEAR(out(i, 0), want[i], sizeof(T) == 2 ? 3.0 : 1.0) << n << " slot " << i;
-            else EXPECT_EQ(out(i, 0), row(i, 0)) << n << " slot " << i;
+            if (set[i])
+                EXPECT_NEAR(out(i, 0), want[i], sizeof(T) == 2 ? 3.0 : 1.0) << n << " slot " << i;
+            else
+                EXPECT_EQ(out(i, 0), row(i, 0)) << n << " slot " << i;
         }
     }
 }
@@ -226,7 +232,8 @@ TEST(Wt97Boundaries, TwoDimensional32sSaturates) {
             EXPECT_EQ(row(i, 0), INT_MIN);
             ++saturated;
         } else
-            EXPECT_NEAR(row(i, 0), y[i], 2000.0);  // single precision on inputs near 2^31
+            EXPECT_NEAR(row(i, 0), y[i],
+                        2000.0);  // single precision on inputs near 2^31
     }
     EXPECT_GE(saturated, 4);
 }
@@ -246,7 +253,8 @@ TEST(Wt97Lines, ThreePrecisionsAgree) {
             const int nl = (len + 1 - p) / 2;
             std::vector<double> full(len);
             for (int i = 0, li = 0, hi = nl; i < len; ++i) full[i] = ((i + p) & 1) ? y[hi++] : y[li++];
-            // W = w + 4 pairs starting two pairs early, so the inverse has its border.
+            // W = w + 4 pairs starting two pairs early, so the inverse has its
+            // border.
             const int W = w + 4, s0 = at - 4;
             std::vector<float> sf(sig.begin(), sig.end()), lf(W), hf(W), df(2 * w);
             std::vector<Vqc16s> s16(sig.begin(), sig.end()), l16(W), h16(W), d16(2 * w);
@@ -254,11 +262,14 @@ TEST(Wt97Lines, ThreePrecisionsAgree) {
             const int rw = w == 1 ? 1 : W;  // a one-pair line is not lifted: call it alone
             const int off = w == 1 ? 4 : 0;
             ASSERT_EQ(vqciWTFwdRow_D97_JPEG2K_32f_C1R(sf.data() + s0 + 2 * off, 4 * len, lf.data() + off, 4 * W,
-                                                      hf.data() + off, 4 * W, {rw, 1}, phase), vqcStatusOk);
+                                                      hf.data() + off, 4 * W, {rw, 1}, phase),
+                      vqcStatusOk);
             ASSERT_EQ(vqciWTFwdRow_D97_JPEG2K_16s_C1R(s16.data() + s0 + 2 * off, 2 * len, l16.data() + off, 2 * W,
-                                                      h16.data() + off, 2 * W, {rw, 1}, phase), vqcStatusOk);
+                                                      h16.data() + off, 2 * W, {rw, 1}, phase),
+                      vqcStatusOk);
             ASSERT_EQ(vqciWTFwdRow_D97_JPEG2K_32s_C1R(s32.data() + s0 + 2 * off, 4 * len, l32.data() + off, 4 * W,
-                                                      h32.data() + off, 4 * W, {rw, 1}, phase), vqcStatusOk);
+                                                      h32.data() + off, 4 * W, {rw, 1}, phase),
+                      vqcStatusOk);
             const int jb = w == 1 ? 4 : 0, je = w == 1 ? 5 : W;
             for (int j = jb; j < je; ++j) {
                 const int even = s0 + 2 * j + p, odd = p ? even - 1 : even + 1;
@@ -270,13 +281,18 @@ TEST(Wt97Lines, ThreePrecisionsAgree) {
                 ASSERT_EQ(l32[j], l16[j]);
                 ASSERT_EQ(h32[j], h16[j]);
             }
-            if (w == 1) continue;  // a one-pair inverse needs bands of its own: see DirectFilters
+            if (w == 1)
+                continue;  // a one-pair inverse needs bands of its own: see
+                           // DirectFilters
             ASSERT_EQ(vqciWTInvRow_D97_JPEG2K_32f_C1R(lf.data() + 2, 4 * W, hf.data() + 2, 4 * W, {w, 1}, df.data(),
-                                                      8 * w, phase), vqcStatusOk);
-            ASSERT_EQ(vqciWTInvRow_D97_JPEG2K_16s_C1R(l16.data() + 2, 2 * W, h16.data() + 2, 2 * W, {w, 1},
-                                                      d16.data(), 4 * w, phase), vqcStatusOk);
-            ASSERT_EQ(vqciWTInvRow_D97_JPEG2K_32s_C1R(l32.data() + 2, 4 * W, h32.data() + 2, 4 * W, {w, 1},
-                                                      d32.data(), 8 * w, phase), vqcStatusOk);
+                                                      8 * w, phase),
+                      vqcStatusOk);
+            ASSERT_EQ(vqciWTInvRow_D97_JPEG2K_16s_C1R(l16.data() + 2, 2 * W, h16.data() + 2, 2 * W, {w, 1}, d16.data(),
+                                                      4 * w, phase),
+                      vqcStatusOk);
+            ASSERT_EQ(vqciWTInvRow_D97_JPEG2K_32s_C1R(l32.data() + 2, 4 * W, h32.data() + 2, 4 * W, {w, 1}, d32.data(),
+                                                      8 * w, phase),
+                      vqcStatusOk);
             for (int i = 0; i < 2 * w; ++i) {
                 ASSERT_NEAR(df[i], sig[at + i], 0.02) << w << " " << phase << " " << i;
                 ASSERT_NEAR(d16[i], sig[at + i], 4.0) << w << " " << phase << " " << i;
@@ -296,10 +312,12 @@ TEST(Wt97Lines, ColumnsAreTransposedRows) {
             for (int c = 0; c < cols; ++c) tr[c * rows + k] = img[k * cols + c];
         std::vector<float> lo(h * cols), hi(h * cols), lr(h), hr(h);
         ASSERT_EQ(vqciWTFwdCol_D97_JPEG2K_32f_C1R(img.data() + 5 * cols, cols * 4, lo.data(), cols * 4, hi.data(),
-                                                  cols * 4, {cols, h}, phase), vqcStatusOk);
+                                                  cols * 4, {cols, h}, phase),
+                  vqcStatusOk);
         for (int c = 0; c < cols; ++c) {
             ASSERT_EQ(vqciWTFwdRow_D97_JPEG2K_32f_C1R(tr.data() + c * rows + 5, rows * 4, lr.data(), h * 4, hr.data(),
-                                                      h * 4, {h, 1}, phase), vqcStatusOk);
+                                                      h * 4, {h, 1}, phase),
+                      vqcStatusOk);
             for (int j = 0; j < h; ++j) {
                 ASSERT_EQ(lo[j * cols + c], lr[j]);
                 ASSERT_EQ(hi[j * cols + c], hr[j]);
@@ -308,12 +326,14 @@ TEST(Wt97Lines, ColumnsAreTransposedRows) {
         // Inverse over the inner pairs, against the row inverse.
         std::vector<float> d(2 * (h - 4) * cols), dr(2 * (h - 4));
         ASSERT_EQ(vqciWTInvCol_D97_JPEG2K_32f_C1R(lo.data() + 2 * cols, cols * 4, hi.data() + 2 * cols, cols * 4,
-                                                  {cols, h - 4}, d.data(), cols * 4, phase), vqcStatusOk);
+                                                  {cols, h - 4}, d.data(), cols * 4, phase),
+                  vqcStatusOk);
         for (int c = 0; c < cols; ++c) {
             std::vector<float> lc(h), hc(h);
             for (int j = 0; j < h; ++j) lc[j] = lo[j * cols + c], hc[j] = hi[j * cols + c];
-            ASSERT_EQ(vqciWTInvRow_D97_JPEG2K_32f_C1R(lc.data() + 2, h * 4, hc.data() + 2, h * 4, {h - 4, 1},
-                                                      dr.data(), 4 * 2 * (h - 4), phase), vqcStatusOk);
+            ASSERT_EQ(vqciWTInvRow_D97_JPEG2K_32f_C1R(lc.data() + 2, h * 4, hc.data() + 2, h * 4, {h - 4, 1}, dr.data(),
+                                                      4 * 2 * (h - 4), phase),
+                      vqcStatusOk);
             for (int k = 0; k < 2 * (h - 4); ++k) ASSERT_EQ(d[k * cols + c], dr[k]);
         }
     }
@@ -342,7 +362,7 @@ void chainColumnSteps() {
         for (int k = 0; k < len; ++k) col[k] = x[k * w + c];
         ASSERT_EQ(A::fwdRow(&col[4], len * sizeof(T), lo.data(), W * sizeof(T), hi.data(), W * sizeof(T), {W, 1}, 0),
                   vqcStatusOk);
-        for (int j = 0; j + 1 < W; ++j) ASSERT_EQ(Bk(j + 2)[c], lo[j]) << "low " << j;  // row 4 + 2j
+        for (int j = 0; j + 1 < W; ++j) ASSERT_EQ(Bk(j + 2)[c], lo[j]) << "low " << j;   // row 4 + 2j
         for (int j = 0; j + 4 < K; ++j) ASSERT_EQ(Hk(j + 2)[c], hi[j]) << "high " << j;  // row 5 + 2j
         // The row inverse of pairs 3 .. W - 4 against the inverse chain below.
         ASSERT_EQ(A::invRow(&lo[3], W * sizeof(T), &hi[3], W * sizeof(T), {W - 6, 1}, back.data(),
@@ -354,7 +374,8 @@ void chainColumnSteps() {
         for (int k = 1; k < W; ++k)
             ASSERT_EQ(A::invLift(&lo[k], &hi[k - 1], &hi[k], Ek(k - 2), Ok(k - 1), Ek(k - 1), Ok(k), Ek(k), 1),
                       vqcStatusOk);
-        // After the step of pair k, pair k - 1's even and the odd before it are final.
+        // After the step of pair k, pair k - 1's even and the odd before it are
+        // final.
         for (int i = 0; i < 2 * (W - 6); ++i) {
             const int pair = 3 + i / 2;
             ASSERT_EQ(i & 1 ? Ok(pair + 1)[0] : Ek(pair)[0], back[i]) << "sample " << i;
@@ -439,7 +460,9 @@ TEST(Wt97Boundaries, CheckOrder) {
     Vqc32f* p = f + 8;
     Vqc16s s[64] = {};
     Vqc16s* q = s + 8;
-    struct Row { VqcStatus got, want; };
+    struct Row {
+        VqcStatus got, want;
+    };
     const Row rows[] = {
         {vqciWTFwdColLift_D97_JPEG2K_32f_C1(p, p, p, p, p, p, p, nullptr, 0), vqcStatusNullPtr},
         {vqciWTFwdColLift_D97_JPEG2K_16s_C1(q, q, q, q, q, q, q, q, 0), vqcStatusBadSize},
