@@ -1,24 +1,12 @@
 // Reversible 5/3 wavelet: line, column-step and 2D forms for 16-bit and
 // 32-bit samples. One set of lifting steps serves every form; the 16-bit
 // forms keep each stored value to its low 16 bits, nothing saturates.
+#include "lift53.h"
 #include "wavelet.h"
 
 namespace vqcj {
 
 namespace {
-
-// The four lifting steps. Sums are formed at 32 bits and wrap; predict and
-// update results are kept at the sample width, the undone update is left
-// wide for the callers that use it only in a local.
-template <class T>
-struct Lift53 {
-    static int32_t pred(int32_t odd, int32_t l, int32_t r) { return ownNarrow<T>(subW(odd, addW(l, r) >> 1)); }
-    static int32_t upd(int32_t even, int32_t l, int32_t r) {
-        return ownNarrow<T>(addW(even, addW(addW(l, r), 2) >> 2));
-    }
-    static int32_t unupd(int32_t low, int32_t l, int32_t r) { return subW(low, addW(addW(l, r), 2) >> 2); }
-    static int32_t unpred(int32_t high, int32_t l, int32_t r) { return ownNarrow<T>(addW(high, addW(l, r) >> 1)); }
-};
 
 // Forward lifting of one line. `s` is the first sample at an even global
 // position, read from s[-2] on; `nl` lows and `nh` highs are written, and at
@@ -228,22 +216,13 @@ void ownInvLine2D53(T* x, ptrdiff_t step, int n, int p, T* buf) {
 // their own rules.
 template <class T>
 void ownFwdCols53(T* img, ptrdiff_t step, int w, int n, int p, T* spare) {
-    using L = Lift53<T>;
     auto R = [&](int i) { return ownAt(img, ownMirrorIndex(i, n) * step); };
     if (n <= 2) {
         for (int c = 0; c < w; ++c) ownFwdLine2D53(img + c, step, n, p, spare);
         return;
     }
-    auto predict = [&](int i) {
-        T* x = R(i);
-        const T *a = R(i - 1), *b = R(i + 1);
-        for (int c = 0; c < w; ++c) x[c] = static_cast<T>(L::pred(x[c], a[c], b[c]));
-    };
-    auto update = [&](int i) {
-        T* x = R(i);
-        const T *a = R(i - 1), *b = R(i + 1);
-        for (int c = 0; c < w; ++c) x[c] = static_cast<T>(L::upd(x[c], a[c], b[c]));
-    };
+    auto predict = [&](int i) { ownLift53Row(Step53::Predict, R(i), R(i - 1), R(i + 1), w); };
+    auto update = [&](int i) { ownLift53Row(Step53::Update, R(i), R(i - 1), R(i + 1), w); };
     if (p) predict(0);
     for (int q = p; q < n; q += 2) {
         if (q + 1 < n) predict(q + 1);
@@ -256,7 +235,6 @@ void ownFwdCols53(T* img, ptrdiff_t step, int w, int n, int p, T* spare) {
 
 template <class T>
 void ownInvCols53(T* img, ptrdiff_t step, int w, int n, int p, T* spare) {
-    using L = Lift53<T>;
     auto R = [&](int i) { return ownAt(img, ownMirrorIndex(i, n) * step); };
     if (n <= 2) {
         for (int c = 0; c < w; ++c) ownInvLine2D53(img + c, step, n, p, spare);
@@ -265,16 +243,8 @@ void ownInvCols53(T* img, ptrdiff_t step, int w, int n, int p, T* spare) {
     const BandOrder order(n, p);
     ownPermuteRows(
         img, step, w, n, [&](int i) { return order.slotOfIndex(i); }, spare);
-    auto unupdate = [&](int i) {
-        T* x = R(i);
-        const T *a = R(i - 1), *b = R(i + 1);
-        for (int c = 0; c < w; ++c) x[c] = static_cast<T>(L::unupd(x[c], a[c], b[c]));
-    };
-    auto unpredict = [&](int i) {
-        T* x = R(i);
-        const T *a = R(i - 1), *b = R(i + 1);
-        for (int c = 0; c < w; ++c) x[c] = static_cast<T>(L::unpred(x[c], a[c], b[c]));
-    };
+    auto unupdate = [&](int i) { ownLift53Row(Step53::Unupdate, R(i), R(i - 1), R(i + 1), w); };
+    auto unpredict = [&](int i) { ownLift53Row(Step53::Unpredict, R(i), R(i - 1), R(i + 1), w); };
     if (p == 0) unupdate(0);
     for (int t = -p; t + 1 < n; t += 2) {
         if (t + 2 < n) unupdate(t + 2);
