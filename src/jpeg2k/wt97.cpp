@@ -313,63 +313,75 @@ void ownInvLineForm97(const T* low, ptrdiff_t ls, const T* high, ptrdiff_t hs, T
     ownInvLine97<LinePolicy<T>>(low, ls, high, hs, dst, ds, w, w, p);
 }
 
-// Periodic whole-sample symmetry for lines of 2 to 4 samples, four samples
-// each side: ... x1, x0, x1, ..., x[n-1], x[n-2], ...
-template <class T>
-void ownPeriodic(T* x, int n) {
-    const int period = 2 * (n - 1);
-    auto src = [&](int i) {
-        int m = ((i % period) + period) % period;
-        return m < n ? m : period - m;
-    };
-    for (int k = 1; k <= 4; ++k) {
-        x[-k] = x[src(-k)];
-        x[n - 1 + k] = x[src(n - 1 + k)];
-    }
-}
-
 // Policy of the 2D forms.
 template <class T>
 using Policy2D = std::conditional_t<sizeof(T) == 2, Fix14, Flt<int32_t, false>>;
 
-// One line of a 2D form through the line buffer (four elements of room in
-// front). Forward places the lows from slot 0 at phase 0 and from slot
-// n >> 1 at phase 1, highs first then; at phase 1 with an odd n the last
-// high lands on the first low.
+// The sample of a 2D line at index i past its ends. Lines of 5 or more are
+// mirrored; lines of 2 to 4 repeat with whole-sample symmetry,
+// x0 ... x[n-1], x[n-2] ... x1, x0, x1 ..., and within the four samples
+// that a line reads beyond each end the two rules agree.
+inline int ownExtIndex(int i, int n) {
+    if (i >= 0 && i < n) return i;
+    const int period = 2 * (n - 1);
+    const int m = ((i % period) + period) % period;
+    return m < n ? m : period - m;
+}
+
+// One line of a 2D form, lifted in passes over its even and odd samples
+// held apart in the line buffer, each pass a plain loop over one array:
+// the same values as the pipeline, step for step. Forward places the lows
+// from slot 0 at phase 0 and from slot n >> 1 at phase 1, highs first then;
+// at phase 1 with an odd n the last high lands on the first low (lows are
+// written first) and slot n - 1 keeps its sample.
 template <class T>
 void ownFwdLine2D97(T* x, ptrdiff_t step, int n, int p, T* buf) {
+    using P = Policy2D<T>;
     if (n < 2) {
         if (n == 1) *x = static_cast<T>(mulW(*x, p + 1));
         return;
     }
-    T* l = buf + 4;
-    ownGather(x, step, l, n);
-    if (n <= 4)
-        ownPeriodic(l, n);
-    else
-        ownMirror(l, n, 4 - p, ((p + n) & 1) + 3);
     const int nl = (n + 1 - p) >> 1, nh = n - nl;
-    T* low = ownAt(x, (p ? n >> 1 : 0) * step);
-    T* high = ownAt(x, (p ? 0 : (n + 1) >> 1) * step);
-    ownFwdLine97<Policy2D<T>>(l + p, sizeof(T), low, step, high, step, nl, nh - p, p, nl, false);
+    auto X = [&](int i) -> T& { return *ownAt(x, i * step); };
+    T* E = buf + 2;       // E[k] = x[p + 2k], k from -2 to nl + 1
+    T* O = E + nl + 4;    // O[k] = x[p + 2k + 1], k from -2 to nl
+    for (int k = -2; k <= nl + 1; ++k) E[k] = X(ownExtIndex(p + 2 * k, n));
+    for (int k = -2; k <= nl; ++k) O[k] = X(ownExtIndex(p + 2 * k + 1, n));
+    for (int k = -2; k <= nl; ++k) O[k] = P::hold(P::A(P::load(O[k]), P::load(E[k]), P::load(E[k + 1])));
+    for (int k = -1; k <= nl; ++k) E[k] = P::hold(P::B(P::load(E[k]), P::loadHeld(O[k - 1]), P::loadHeld(O[k])));
+    for (int k = -1; k < nl; ++k) O[k] = P::hold(P::D(P::loadHeld(O[k]), P::loadHeld(E[k]), P::loadHeld(E[k + 1])));
+    const int lowAt = p ? n >> 1 : 0, highAt = p ? 0 : (n + 1) >> 1;
+    for (int j = 0; j < nl; ++j)
+        X(lowAt + j) = P::store(P::lowTail(P::loadHeld(E[j]), P::loadHeld(O[j - 1]), P::loadHeld(O[j])));
+    for (int j = 0; j < nh; ++j) X(highAt + j) = P::store(P::high(P::loadHeld(O[j - p])));
 }
 
-// Inverse: lows always from slot 0, as the 5/3 form takes them.
+// Inverse: lows always from slot 0, as the 5/3 form takes them. E holds the
+// even positions p + 2k and O the odd ones after them.
 template <class T>
 void ownInvLine2D97(T* x, ptrdiff_t step, int n, int p, T* buf) {
+    using P = Policy2D<T>;
     if (n < 2) {
         if (n == 1) *x = static_cast<T>(*x / (p + 1));
         return;
     }
-    T* l = buf + 4;
     const int nl = (n + 1 - p) >> 1, nh = n - nl;
-    for (int j = 0; j < nl; ++j) l[p + 2 * j] = *ownAt(x, j * step);
-    for (int j = 0; j < nh; ++j) l[1 - p + 2 * j] = *ownAt(x, (nl + j) * step);
-    if (n <= 4)
-        ownPeriodic(l, n);
-    else
-        ownMirror(l, n, p + 3, 4 - ((p + n) & 1));
-    ownInvLine97<Policy2D<T>>(l + p, 2 * sizeof(T), l + 1 - p, 2 * sizeof(T), x, step, nl, nh, p);
+    const int last = nl - 1 > nh - p ? nl - 1 : nh - p;
+    auto X = [&](int i) -> T& { return *ownAt(x, i * step); };
+    const BandOrder order(n, p);
+    auto Y = [&](int i) { return X(order.slotOfIndex(ownExtIndex(i, n))); };  // the interleaved line
+    T* E = buf + p + 1;         // k from -p - 1 to last + 1
+    T* O = E + last + 4 + p;  // k from -p - 2 to last + 1, right after E
+    for (int k = -p - 1; k <= last + 1; ++k) E[k] = Y(p + 2 * k);
+    for (int k = -p - 2; k <= last + 1; ++k) O[k] = Y(p + 2 * k + 1);
+    for (int k = -p - 1; k <= last + 1; ++k) E[k] = P::hold(P::E1(P::load(E[k]), P::load(O[k - 1]), P::load(O[k])));
+    for (int k = -p - 1; k <= last; ++k)
+        O[k] = P::hold(P::O1(P::load(O[k]), P::loadHeld(E[k]), P::loadHeld(E[k + 1])));
+    for (int k = -p; k <= last; ++k)
+        E[k] = P::hold(P::E2(P::loadHeld(E[k]), P::loadHeld(O[k - 1]), P::loadHeld(O[k])));
+    for (int k = 0; k < nl; ++k) X(p + 2 * k) = P::store(P::loadHeld(E[k]));
+    for (int k = -p; k < nh - p; ++k)
+        X(p + 2 * k + 1) = P::store(P::O2(P::loadHeld(O[k]), P::loadHeld(E[k]), P::loadHeld(E[k + 1])));
 }
 
 // The vertical pass on whole rows for columns of 5 or more: the pipeline
