@@ -4,10 +4,15 @@
 // extension), independent of the library's code.
 #pragma once
 
+#include <gtest/gtest.h>
+#include <vqcj.h>
+
 #include <cstdint>
 #include <limits>
 #include <random>
 #include <vector>
+
+#include "support/testutil.h"
 
 namespace vqcjtest {
 
@@ -44,6 +49,30 @@ struct Img {
         return true;
     }
 };
+
+// The band forms of a 2D pair of operations A: the forward gives the
+// in-place result `fwd` cut at (n + 1) >> 1 whatever the phase, and the
+// inverse of those bands gives `inv`; buffers as the size query says.
+template <class T, class A>
+void expectBandForms(const Img<T>& src, const VqciRect& r, const Img<T>& fwd, const Img<T>& inv) {
+    const int w = r.width, h = r.height, wl = (w + 1) / 2, hl = (h + 1) / 2;
+    int32_t sz = 0;
+    ASSERT_EQ(A::sizeR(&r, &sz), vqcStatusOk);
+    Guarded buf(sz);
+    Img<T> b[4] = {Img<T>(wl, hl), Img<T>(wl, h - hl), Img<T>(w - wl, hl), Img<T>(w - wl, h - hl)};
+    T* pd[4];
+    const T* ps[4];
+    int32_t sd[4];
+    for (int i = 0; i < 4; ++i) pd[i] = b[i].data(), ps[i] = b[i].data(), sd[i] = b[i].step();
+    ASSERT_EQ(A::fwdR(src.data(), src.step(), &r, pd, sd, buf.data()), vqcStatusOk);
+    for (int q = 0; q < 4; ++q)
+        for (int k = 0; k < b[q].h; ++k)
+            for (int i = 0; i < b[q].w; ++i)
+                ASSERT_EQ(b[q](i, k), fwd(i + (q >= 2 ? wl : 0), k + (q & 1 ? hl : 0))) << w << "x" << h;
+    Img<T> back(w, h, 3);
+    ASSERT_EQ(A::invR(ps, sd, back.data(), back.step(), &r, buf.data()), vqcStatusOk);
+    EXPECT_TRUE(back.same(inv) && back.marginIntact() && buf.guardsIntact()) << w << "x" << h;
+}
 
 // Periodic symmetric extension of x[0, n): the index of sample i.
 inline int pse(int i, int n) {

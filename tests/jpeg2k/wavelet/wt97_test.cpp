@@ -123,36 +123,19 @@ TYPED_TEST(Wt97, TwoDimensionalFormsAreTheirPasses) {
                     rows(), cols();
                 return im;
             };
-            int32_t szIR = 0, szR = 0;
+            int32_t szIR = 0;
             A::sizeIR(&r, &szIR);
-            A::sizeR(&r, &szR);
-            vqcjtest::Guarded bufIR(szIR), bufR(szR);
+            vqcjtest::Guarded bufIR(szIR);
             Img<T> ip = src;
             ASSERT_EQ(A::fwdIR(ip.data(), ip.step(), &r, bufIR.data()), vqcStatusOk);
             ASSERT_TRUE(ip.same(passes(src, true))) << w << "x" << h << " org " << org;
             EXPECT_TRUE(ip.marginIntact() && bufIR.guardsIntact());
-
-            const int wl = (w + 1) / 2, hl = (h + 1) / 2;
-            Img<T> b[4] = {Img<T>(wl, hl), Img<T>(wl, h - hl), Img<T>(w - wl, hl), Img<T>(w - wl, h - hl)};
-            T* pd[4];
-            const T* ps[4];
-            int32_t sd[4];
-            for (int i = 0; i < 4; ++i) pd[i] = b[i].data(), ps[i] = b[i].data(), sd[i] = b[i].step();
-            // The forward band form leaves slot n - 1 of an odd phase-1 line as the
-            // source had it; so does the in-place form.
-            ASSERT_EQ(A::fwdR(src.data(), src.step(), &r, pd, sd, bufR.data()), vqcStatusOk);
-            for (int q = 0; q < 4; ++q)
-                for (int k = 0; k < b[q].h; ++k)
-                    for (int i = 0; i < b[q].w; ++i)
-                        ASSERT_EQ(b[q](i, k), ip(i + (q >= 2 ? wl : 0), k + (q & 1 ? hl : 0)));
-
+            // The band form's cut includes, at phase 1 with an odd n, the slot
+            // the forward leaves as the source had it.
             const Img<T> want = passes(ip, false);
+            vqcjtest::expectBandForms<T, A>(src, r, ip, want);
             ASSERT_EQ(A::invIR(ip.data(), ip.step(), &r, bufIR.data()), vqcStatusOk);
-            ASSERT_TRUE(ip.same(want)) << w << "x" << h << " org " << org;
-            Img<T> back(w, h, 3);
-            ASSERT_EQ(A::invR(ps, sd, back.data(), back.step(), &r, bufR.data()), vqcStatusOk);
-            EXPECT_TRUE(back.same(want) && back.marginIntact());
-            EXPECT_TRUE(bufIR.guardsIntact() && bufR.guardsIntact());
+            ASSERT_TRUE(ip.same(want) && bufIR.guardsIntact()) << w << "x" << h << " org " << org;
         }
 }
 
