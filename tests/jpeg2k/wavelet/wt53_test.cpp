@@ -106,26 +106,6 @@ TYPED_TEST(Wt53, TwoDimensionalFormsMatchTheStandard) {
         }
 }
 
-// Full-range samples wrap at the sample width and still come back exactly.
-TYPED_TEST(Wt53, FullRangeRoundTripWraps) {
-    using T = TypeParam;
-    using A = Api53<T>;
-    std::mt19937 rng(7);
-    for (int org = 0; org < 4; ++org) {
-        const VqciRect r{org & 1, org >> 1, 23, 18};
-        Img<T> src(r.width, r.height);
-        src.random(rng, std::numeric_limits<T>::min(), std::numeric_limits<T>::max());
-        int32_t sz = 0;
-        A::sizeIR(&r, &sz);
-        std::vector<uint8_t> buf(sz);
-        Img<T> ip = src;
-        ASSERT_EQ(A::fwdIR(ip.data(), ip.step(), &r, buf.data()), vqcStatusOk);
-        EXPECT_FALSE(ip.same(src));
-        ASSERT_EQ(A::invIR(ip.data(), ip.step(), &r, buf.data()), vqcStatusOk);
-        EXPECT_TRUE(ip.same(src));
-    }
-}
-
 // Row and column forms: a long random signal is transformed by the
 // reference; the form, given its border from the signal, must give the
 // reference's values for its pairs, and the inverse over those pairs (with
