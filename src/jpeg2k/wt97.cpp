@@ -372,8 +372,10 @@ void ownInvLine2D97(T* x, ptrdiff_t step, int n, int p, T* buf) {
     auto Y = [&](int i) { return X(order.slotOfIndex(ownExtIndex(i, n))); };  // the interleaved line
     T* E = buf + p + 1;         // k from -p - 1 to last + 1
     T* O = E + last + 4 + p;  // k from -p - 2 to last + 1, right after E
-    for (int k = -p - 1; k <= last + 1; ++k) E[k] = Y(p + 2 * k);
-    for (int k = -p - 2; k <= last + 1; ++k) O[k] = Y(p + 2 * k + 1);
+    // Inside the line the evens are the lows in order and the odds the highs;
+    // only the ends go through the extension.
+    for (int k = -p - 1; k <= last + 1; ++k) E[k] = (k >= 0 && k < nl) ? X(k) : Y(p + 2 * k);
+    for (int k = -p - 2; k <= last + 1; ++k) O[k] = (k >= -p && k < nh - p) ? X(nl + k + p) : Y(p + 2 * k + 1);
     for (int k = -p - 1; k <= last + 1; ++k) E[k] = P::hold(P::E1(P::load(E[k]), P::load(O[k - 1]), P::load(O[k])));
     for (int k = -p - 1; k <= last; ++k)
         O[k] = P::hold(P::O1(P::load(O[k]), P::loadHeld(E[k]), P::loadHeld(E[k + 1])));
