@@ -4,6 +4,11 @@
 // converts at full rate and then downsamples (or upsamples) separately.
 // Ours_*/threads:N runs the row-parallel members with N threads; the fused
 // and CMYK-by-words forms are serial or have no peer.
+//
+// Kernel level, libjpeg-turbo's AVX2 kernels from its static archive over the
+// whole image in one call each, as its encoder and decoder use them: the
+// full-rate conversions; for 422/420 the conversion then the down-sampler,
+// and back its merged up-sampler (chroma repeated over each pair, as ours).
 #include <benchmark/benchmark.h>
 #include <omp.h>
 #include <vqcj.h>
@@ -158,6 +163,76 @@ BENCHMARK(BM_Peer_tjEncodeYUVPlanes_422)->UseRealTime();
 BENCHMARK(BM_Peer_tjEncodeYUVPlanes_420)->UseRealTime();
 BENCHMARK(BM_Peer_tjDecodeYUVPlanes_422)->UseRealTime();
 BENCHMARK(BM_Peer_tjDecodeYUVPlanes_420)->UseRealTime();
+#endif
+
+#ifdef VQCJ_HAVE_JSIMD
+}  // namespace
+extern "C" {
+using JDIMENSION = unsigned int;
+using JSAMPROW = unsigned char*;
+using JSAMPARRAY = JSAMPROW*;
+using JSAMPIMAGE = JSAMPARRAY*;
+void jsimd_rgb_ycc_convert_avx2(JDIMENSION, JSAMPARRAY, JSAMPIMAGE, JDIMENSION, int);
+void jsimd_ycc_rgb_convert_avx2(JDIMENSION, JSAMPIMAGE, JDIMENSION, JSAMPARRAY, int);
+void jsimd_h2v1_downsample_avx2(JDIMENSION, int, JDIMENSION, JDIMENSION, JSAMPARRAY, JSAMPARRAY);
+void jsimd_h2v2_downsample_avx2(JDIMENSION, int, JDIMENSION, JDIMENSION, JSAMPARRAY, JSAMPARRAY);
+void jsimd_h2v1_merged_upsample_avx2(JDIMENSION, JSAMPIMAGE, JDIMENSION, JSAMPARRAY);
+void jsimd_h2v2_merged_upsample_avx2(JDIMENSION, JSAMPIMAGE, JDIMENSION, JSAMPARRAY);
+}
+namespace {
+
+// Row pointers of a plane of `rows` rows, `step` apart.
+std::vector<JSAMPROW> rowsOf(const uint8_t* p, int rows, size_t step) {
+    std::vector<JSAMPROW> r(rows);
+    for (int y = 0; y < rows; ++y) r[y] = const_cast<JSAMPROW>(p + y * step);
+    return r;
+}
+
+// Full-rate conversion, then (V > 0) the chroma down-sampled by 2 x V.
+void peerKernelEncode(benchmark::State& state, int v) {
+    rgbImage();
+    Planes out, sub;
+    auto in = rowsOf(rgbImage().data(), kH, 3 * kW);
+    std::vector<JSAMPROW> rows[3], half[2];
+    for (int c = 0; c < 3; ++c) rows[c] = rowsOf(out.planes[c], kH, kW);
+    for (int c = 0; c < 2; ++c) half[c] = rowsOf(sub.planes[c], kH, kW);
+    JSAMPARRAY image[3] = {rows[0].data(), rows[1].data(), rows[2].data()};
+    for (auto _ : state) {
+        jsimd_rgb_ycc_convert_avx2(kW, in.data(), image, 0, kH);
+        if (v == 1)
+            for (int c = 0; c < 2; ++c) jsimd_h2v1_downsample_avx2(kW, kH, kH, kW / 16, rows[c + 1].data(), half[c].data());
+        if (v == 2)
+            for (int c = 0; c < 2; ++c)
+                jsimd_h2v2_downsample_avx2(kW, kH, kH / 2, kW / 16, rows[c + 1].data(), half[c].data());
+        benchmark::DoNotOptimize(sub.planes[0]);
+    }
+    count(state, v ? 5 : 6);
+}
+
+// Full-rate, or (V > 0) merged up-sampling of chroma at 2 x V.
+void peerKernelDecode(benchmark::State& state, int v) {
+    yccImage();
+    Bytes out(3 * kN);
+    auto orow = rowsOf(out.data(), kH, 3 * kW);
+    std::vector<JSAMPROW> rows[3];
+    for (int c = 0; c < 3; ++c) rows[c] = rowsOf(yccImage().p[c].data(), kH, kW);
+    JSAMPARRAY image[3] = {rows[0].data(), rows[1].data(), rows[2].data()};
+    for (auto _ : state) {
+        if (v == 0) jsimd_ycc_rgb_convert_avx2(kW, image, 0, orow.data(), kH);
+        if (v == 1)
+            for (int y = 0; y < kH; ++y) jsimd_h2v1_merged_upsample_avx2(kW, image, y, &orow[y]);
+        if (v == 2)
+            for (int g = 0; g < kH / 2; ++g) jsimd_h2v2_merged_upsample_avx2(kW, image, g, &orow[2 * g]);
+        benchmark::DoNotOptimize(out.data());
+    }
+    count(state, v ? 5 : 6);
+}
+BENCHMARK_CAPTURE(peerKernelEncode, 444, 0)->Name("BM_Peer_jsimd_rgb_ycc_convert_avx2")->UseRealTime();
+BENCHMARK_CAPTURE(peerKernelDecode, 444, 0)->Name("BM_Peer_jsimd_ycc_rgb_convert_avx2")->UseRealTime();
+BENCHMARK_CAPTURE(peerKernelEncode, 422, 1)->Name("BM_Peer_jsimd_rgb_ycc_convert+h2v1_downsample_avx2")->UseRealTime();
+BENCHMARK_CAPTURE(peerKernelEncode, 420, 2)->Name("BM_Peer_jsimd_rgb_ycc_convert+h2v2_downsample_avx2")->UseRealTime();
+BENCHMARK_CAPTURE(peerKernelDecode, 422, 1)->Name("BM_Peer_jsimd_h2v1_merged_upsample_avx2")->UseRealTime();
+BENCHMARK_CAPTURE(peerKernelDecode, 420, 2)->Name("BM_Peer_jsimd_h2v2_merged_upsample_avx2")->UseRealTime();
 #endif
 
 }  // namespace

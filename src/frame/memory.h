@@ -118,10 +118,14 @@ inline void* ownCopyBytes(const void* src, void* dst, int32_t length) {
             return dst;
         }
         // GCC warns about this branch where constant arguments make it dead.
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wrestrict"
+#endif
         return std::memcpy(dst, src, static_cast<size_t>(length));
+#if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic pop
+#endif
     }
     // Overlapping: in order, one byte at a time. Not a memmove, deliberately.
     const auto* s = static_cast<const uint8_t*>(src);

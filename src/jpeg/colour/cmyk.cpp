@@ -10,7 +10,7 @@ extern "C" {
 VQCJ_API VqcStatus vqciCMYKToYCCK_JPEG_8u_C4P4R(const Vqc8u* pSrc, int32_t srcStep, Vqc8u* const pDst[4],
                                                  int32_t dstStep, VqciSize roiSize) {
     if (VqcStatus st = Check().ptr(pSrc).ptrs(pDst, 4).step(srcStep).step(dstStep).roi(roiSize)) return st;
-    ownFwdImage<true, SrcPix<4, 0, 1, 2, true>, FwdTable, 4>(ownPlane(pSrc, srcStep),
+    ownFwdImage<true, FwdForm::CmykPix>(ownPlane(pSrc, srcStep),
                                                              ownPlanes<Vqc8u, 4>(pDst, dstStep), roiSize);
     return vqcStatusOk;
 }
@@ -18,7 +18,7 @@ VQCJ_API VqcStatus vqciCMYKToYCCK_JPEG_8u_C4P4R(const Vqc8u* pSrc, int32_t srcSt
 VQCJ_API VqcStatus vqciCMYKToYCCK_JPEG_8u_P4R(const Vqc8u* const pSrc[4], int32_t srcStep, Vqc8u* const pDst[4],
                                                int32_t dstStep, VqciSize roiSize) {
     if (VqcStatus st = ownCheckPlanes<4>(pSrc, srcStep, pDst, dstStep, roiSize)) return st;
-    ownFwdImage<true, SrcPlanes<true>, FwdTable, 4>(ownPlanes<const Vqc8u, 4>(pSrc, srcStep),
+    ownFwdImage<true, FwdForm::CmykPlanes>(ownPlanes<const Vqc8u, 4>(pSrc, srcStep),
                                                     ownPlanes<Vqc8u, 4>(pDst, dstStep), roiSize);
     return vqcStatusOk;
 }
@@ -26,7 +26,7 @@ VQCJ_API VqcStatus vqciCMYKToYCCK_JPEG_8u_P4R(const Vqc8u* const pSrc[4], int32_
 VQCJ_API VqcStatus vqciYCCKToCMYK_JPEG_8u_P4C4R(const Vqc8u* const pSrc[4], int32_t srcStep, Vqc8u* pDst,
                                                  int32_t dstStep, VqciSize roiSize) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).elems(pSrc, 4).step(srcStep).step(dstStep).roi(roiSize)) return st;
-    ownInvImage<true, InPlanes<4>, InvTable, DstPix<4, 0, 1, 2, true>>(ownPlanes<const Vqc8u, 4>(pSrc, srcStep),
+    ownInvImage<true, InvForm::CmykPix>(ownPlanes<const Vqc8u, 4>(pSrc, srcStep),
                                                                        ownPlane(pDst, dstStep), roiSize, roiSize.width);
     return vqcStatusOk;
 }
@@ -34,7 +34,7 @@ VQCJ_API VqcStatus vqciYCCKToCMYK_JPEG_8u_P4C4R(const Vqc8u* const pSrc[4], int3
 VQCJ_API VqcStatus vqciYCCKToCMYK_JPEG_8u_P4R(const Vqc8u* const pSrc[4], int32_t srcStep, Vqc8u* const pDst[4],
                                                int32_t dstStep, VqciSize roiSize) {
     if (VqcStatus st = ownCheckPlanes<4>(pSrc, srcStep, pDst, dstStep, roiSize)) return st;
-    ownInvImage<true, InPlanes<4>, InvTable, DstPlanes<true>>(ownPlanes<const Vqc8u, 4>(pSrc, srcStep),
+    ownInvImage<true, InvForm::CmykPlanes>(ownPlanes<const Vqc8u, 4>(pSrc, srcStep),
                                                               ownPlanes<Vqc8u, 4>(pDst, dstStep), roiSize,
                                                               roiSize.width);
     return vqcStatusOk;

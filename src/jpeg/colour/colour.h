@@ -5,7 +5,10 @@
 // an arithmetic and a destination layout. A row is cut into blocks of
 // kBlock pixels; interleaved and packed sides are unpacked into (or packed
 // from) small planar scratch arrays, planar sides are used in place, and the
-// arithmetic runs on planar arrays, where GCC vectorises it.
+// arithmetic runs on planar arrays, where GCC vectorises it. These plain
+// routines serve the baseline target; the other SIMD targets run the same
+// arithmetic on Highway vectors (colour_fwd.cpp, colour_inv.cpp), a whole
+// byte vector a step, and finish each row with the plain routine.
 #pragma once
 
 #include <vqcj.h>
@@ -54,6 +57,7 @@ inline uint8_t ownMid8(uint16_t a, uint16_t b, uint16_t c) {
 // 2^24 (-0x7FC000 stands as 0x804000).
 template <uint32_t YRound, uint32_t ChromaConst>
 struct FwdArith {
+    static constexpr uint32_t kYRound = YRound;
     static constexpr uint32_t kChroma = (ChromaConst - 255u * kWeightChroma) & 0xFFFFFFu;
     static uint8_t y(uint16_t r, uint16_t g, uint16_t b) {
         return ownMid8<kWeightYR, kWeightYG, kWeightYB, YRound>(r, g, b);
@@ -78,6 +82,8 @@ using FwdC4Bgr = FwdArith<16384, kFwdC4Chroma>;
 // bits Shift..Shift+7 of the weighted sum less K.
 template <int Shift, uint32_t K>
 struct FusedChroma {
+    static constexpr int kShift = Shift;
+    static constexpr uint32_t kK = K;
     static uint8_t cb(uint32_t r, uint32_t g, uint32_t b) {
         return static_cast<uint8_t>((kWeightChroma * b - kWeightCbG * g - kWeightCbR * r - K) >> Shift);
     }
@@ -119,6 +125,7 @@ struct InvArith {
     static constexpr int32_t kGbq = ownHighPart(W.gCb), kGbm = ownLowPart(W.gCb);
     static constexpr int32_t kGrq = ownHighPart(W.gCr), kGrm = ownLowPart(W.gCr);
     static constexpr int32_t kBq = ownHighPart(W.bCb), kBm = ownLowPart(W.bCb);
+    static constexpr int32_t kRRound = W.rRound, kGRound = W.gRound, kBRound = W.bRound;
     static_assert(kRm >= -32768 && kRm < 32768 && kGbm >= -32768 && kGbm < 32768 && kGrm >= -32768 &&
                   kGrm < 32768 && kBm >= -32768 && kBm < 32768);
 
@@ -470,6 +477,151 @@ void ownInvRow(const Vqc8u* const* srow, typename Dst::Elem* const* drow, int32_
     }
 }
 
+// ---- Dispatched forms --------------------------------------------------------
+//
+// Every member is one form: its layouts and arithmetic. The row runs of a
+// form go through one dispatched kernel (colour_fwd.cpp, colour_inv.cpp),
+// whose baseline target runs the row routines above and whose other targets
+// run the same arithmetic on Highway vectors.
+
+using SrcRgb3 = SrcPix<3, 0, 1, 2>;
+using SrcBgr3 = SrcPix<3, 2, 1, 0>;
+using SrcRgb4 = SrcPix<4, 0, 1, 2>;
+using SrcBgr4 = SrcPix<4, 2, 1, 0>;
+using SrcCmyk = SrcPix<4, 0, 1, 2, true>;
+using DstRgb3 = DstPix<3, 0, 1, 2>;
+using DstBgr3 = DstPix<3, 2, 1, 0>;
+using DstRgb4 = DstPix<4, 0, 1, 2>;
+using DstBgr4 = DstPix<4, 2, 1, 0>;
+using DstCmyk = DstPix<4, 0, 1, 2, true>;
+
+enum class FwdForm {
+    Rgb3, Bgr3, Rgb4, Bgr4, Planes, Bgr555, Bgr565, Rgb555, Rgb565,
+    Rgb3Luma, Bgr3Luma, PlanesLuma, CmykPix, CmykPlanes,
+};
+enum class InvForm {
+    Rgb3, Bgr3, Planes, Rgb4, Bgr4, Bgr555, Bgr565, Rgb555, Rgb565,
+    Sub422Rgb3, Sub422Bgr3, Sub422Rgb4, Sub422Bgr4, Pairs422Rgb3, CmykPix, CmykPlanes,
+};
+// The fused forms: the source layout, 422 (V = 1) or 411 (V = 2).
+enum class FusedForm { Rgb3V1, Bgr3V1, Rgb4V1, Bgr4V1, Rgb3V2, Bgr3V2, Rgb4V2, Bgr4V2 };
+
+template <class S, class A, int N>
+struct FwdFormOf {
+    using Src = S;
+    using Arith = A;
+    static constexpr int kOut = N;
+};
+template <FwdForm F>
+struct Fwd;
+template <> struct Fwd<FwdForm::Rgb3> : FwdFormOf<SrcRgb3, FwdTable, 3> {};
+template <> struct Fwd<FwdForm::Bgr3> : FwdFormOf<SrcBgr3, FwdTable, 3> {};
+template <> struct Fwd<FwdForm::Rgb4> : FwdFormOf<SrcRgb4, FwdC4Rgb, 3> {};
+template <> struct Fwd<FwdForm::Bgr4> : FwdFormOf<SrcBgr4, FwdC4Bgr, 3> {};
+template <> struct Fwd<FwdForm::Planes> : FwdFormOf<SrcPlanes<>, FwdTable, 3> {};
+template <> struct Fwd<FwdForm::Bgr555> : FwdFormOf<SrcPacked<false, true>, FwdTable, 3> {};
+template <> struct Fwd<FwdForm::Bgr565> : FwdFormOf<SrcPacked<true, true>, FwdTable, 3> {};
+template <> struct Fwd<FwdForm::Rgb555> : FwdFormOf<SrcPacked<false, false>, FwdTable, 3> {};
+template <> struct Fwd<FwdForm::Rgb565> : FwdFormOf<SrcPacked<true, false>, FwdTable, 3> {};
+template <> struct Fwd<FwdForm::Rgb3Luma> : FwdFormOf<SrcRgb3, FwdTable, 1> {};
+template <> struct Fwd<FwdForm::Bgr3Luma> : FwdFormOf<SrcBgr3, FwdTable, 1> {};
+template <> struct Fwd<FwdForm::PlanesLuma> : FwdFormOf<SrcPlanes<>, FwdTable, 1> {};
+template <> struct Fwd<FwdForm::CmykPix> : FwdFormOf<SrcCmyk, FwdTable, 4> {};
+template <> struct Fwd<FwdForm::CmykPlanes> : FwdFormOf<SrcPlanes<true>, FwdTable, 4> {};
+
+template <class I, class A, class D>
+struct InvFormOf {
+    using In = I;
+    using Arith = A;
+    using Dst = D;
+};
+template <InvForm F>
+struct Inv;
+template <> struct Inv<InvForm::Rgb3> : InvFormOf<InPlanes<3>, InvTable, DstRgb3> {};
+template <> struct Inv<InvForm::Bgr3> : InvFormOf<InPlanes<3>, InvTable, DstBgr3> {};
+template <> struct Inv<InvForm::Planes> : InvFormOf<InPlanes<3>, InvTable, DstPlanes<>> {};
+template <> struct Inv<InvForm::Rgb4> : InvFormOf<InPlanes<3>, InvMul, DstRgb4> {};
+template <> struct Inv<InvForm::Bgr4> : InvFormOf<InPlanes<3>, InvMul, DstBgr4> {};
+template <> struct Inv<InvForm::Bgr555> : InvFormOf<InPlanes<3>, InvTable, DstPacked<false, true>> {};
+template <> struct Inv<InvForm::Bgr565> : InvFormOf<InPlanes<3>, InvTable, DstPacked<true, true>> {};
+template <> struct Inv<InvForm::Rgb555> : InvFormOf<InPlanes<3>, InvTable, DstPacked<false, false>> {};
+template <> struct Inv<InvForm::Rgb565> : InvFormOf<InPlanes<3>, InvTable, DstPacked<true, false>> {};
+template <> struct Inv<InvForm::Sub422Rgb3> : InvFormOf<In422Planes, InvMul, DstRgb3> {};
+template <> struct Inv<InvForm::Sub422Bgr3> : InvFormOf<In422Planes, InvMul, DstBgr3> {};
+template <> struct Inv<InvForm::Sub422Rgb4> : InvFormOf<In422Planes, InvMul, DstRgb4> {};
+template <> struct Inv<InvForm::Sub422Bgr4> : InvFormOf<In422Planes, InvMul, DstBgr4> {};
+template <> struct Inv<InvForm::Pairs422Rgb3> : InvFormOf<In422Pairs, InvTable, DstRgb3> {};
+template <> struct Inv<InvForm::CmykPix> : InvFormOf<InPlanes<4>, InvTable, DstCmyk> {};
+template <> struct Inv<InvForm::CmykPlanes> : InvFormOf<InPlanes<4>, InvTable, DstPlanes<true>> {};
+
+// Chroma constants of the fused forms: 0xFF0000 is 128 and one half modulo
+// 2^25; 0xFFC000 (one member only) and 0x1FF8000 (411) round at one eighth.
+inline constexpr uint32_t kK422 = 0xFF0000, kK422Rgb3 = 0xFFC000, kK411 = 0x1FF8000;
+
+template <class S, int VRows, uint32_t K>
+struct FusedFormOf {
+    using Src = S;
+    static constexpr int kV = VRows;
+    static constexpr uint32_t kK = K;
+};
+template <FusedForm F>
+struct Fused;
+template <> struct Fused<FusedForm::Rgb3V1> : FusedFormOf<SrcRgb3, 1, kK422Rgb3> {};
+template <> struct Fused<FusedForm::Bgr3V1> : FusedFormOf<SrcBgr3, 1, kK422> {};
+template <> struct Fused<FusedForm::Rgb4V1> : FusedFormOf<SrcRgb4, 1, kK422> {};
+template <> struct Fused<FusedForm::Bgr4V1> : FusedFormOf<SrcBgr4, 1, kK422> {};
+template <> struct Fused<FusedForm::Rgb3V2> : FusedFormOf<SrcRgb3, 2, kK411> {};
+template <> struct Fused<FusedForm::Bgr3V2> : FusedFormOf<SrcBgr3, 2, kK411> {};
+template <> struct Fused<FusedForm::Rgb4V2> : FusedFormOf<SrcRgb4, 2, kK411> {};
+template <> struct Fused<FusedForm::Bgr4V2> : FusedFormOf<SrcBgr4, 2, kK411> {};
+
+// The planes of one conversion, untyped so that one kernel signature serves
+// every form. Source planes 1 and 2 advance one row every 2^chromaShift rows
+// (the planar 411 forms). Fused forms count rows in groups of V.
+struct RowJob {
+    const void* src[4];
+    int32_t srcStep[4];
+    void* dst[4];
+    int32_t dstStep[4];
+    int32_t width;
+    int32_t chromaShift;
+    Vqc8u aval;
+};
+
+template <class S, int NS, class D, int ND>
+RowJob ownJob(const Planes<S, NS>& s, const Planes<D, ND>& d, int32_t width, Vqc8u aval = 0,
+              int32_t chromaShift = 0) {
+    RowJob j{};
+    for (int k = 0; k < NS; ++k) j.src[k] = s.p[k], j.srcStep[k] = s.step[k];
+    for (int k = 0; k < ND; ++k) j.dst[k] = d.p[k], j.dstStep[k] = d.step[k];
+    j.width = width, j.chromaShift = chromaShift, j.aval = aval;
+    return j;
+}
+
+// Row pointers of row r of every plane, into an array for the row routines.
+template <class T, int N>
+struct RowPtrs {
+    T* p[N];
+};
+template <class T, int N>
+RowPtrs<T, N> ownSrcRows(const RowJob& j, int32_t r) {
+    RowPtrs<T, N> q;
+    for (int k = 0; k < N; ++k)
+        q.p[k] = rowAt(static_cast<T*>(j.src[k]), j.srcStep[k], k == 0 ? r : r >> j.chromaShift);
+    return q;
+}
+template <class T, int N>
+RowPtrs<T, N> ownDstRows(const RowJob& j, int32_t r) {
+    RowPtrs<T, N> q;
+    for (int k = 0; k < N; ++k) q.p[k] = rowAt(static_cast<T*>(j.dst[k]), j.dstStep[k], r);
+    return q;
+}
+
+// Rows [first, last) of a form (groups of rows for the fused forms).
+void ownFwdRows(FwdForm form, const RowJob& job, int32_t first, int32_t last);
+void ownInvRows(InvForm form, const RowJob& job, int32_t first, int32_t last);
+void ownFusedRows(FusedForm form, const RowJob& job, int32_t first, int32_t last);
+
 // ---- Checks and drivers -----------------------------------------------------------------
 
 // Planes to planes (P3R, P4R): pSrc, pDst, every source plane, every
@@ -480,63 +632,46 @@ VqcStatus ownCheckPlanes(const Vqc8u* const* pSrc, int32_t srcStep, Vqc8u* const
     return Check().ptr(pSrc).ptr(pDst).elems(pSrc, N).elems(pDst, N).step(srcStep).step(dstStep).roi(roiSize);
 }
 
-// row(r) for every r in [0, height): through the row-parallel frame for its
+// runs(first, last) over [0, height): through the row-parallel frame for its
 // members, else on the caller's thread. The row routine is the same either way.
-template <bool Parallel, class Row>
-void ownRunRows(int32_t width, int32_t height, const Row& row) {
-    const auto rows = [&row](int32_t first, int32_t last) {
-        for (int32_t r = first; r < last; ++r) row(r);
-    };
+template <bool Parallel, class Runs>
+void ownRunRows(int32_t width, int32_t height, const Runs& runs) {
     if constexpr (Parallel) {
-        ownParallelRows(width, height, rows);
+        ownParallelRows(width, height, runs);
     } else {
         (void)width;
-        rows(0, height);
+        runs(0, height);
     }
 }
 
-// Row pointers of row r of every plane, into an array for the row routines.
-template <class T, int N>
-struct RowPtrs {
-    T* p[N];
-};
-template <class T, int N>
-RowPtrs<T, N> ownRows(const Planes<T, N>& s, int32_t r) {
-    RowPtrs<T, N> q;
-    for (int k = 0; k < N; ++k) q.p[k] = s.row(k, r);
-    return q;
-}
-
 // Full-rate forward conversion of a whole image.
-template <bool Parallel, class Src, class Arith, int NOut>
-void ownFwdImage(const Planes<typename Src::Elem, Src::kPlanes>& src, const Planes<Vqc8u, NOut>& dst,
-                 VqciSize size) {
-    ownRunRows<Parallel>(size.width, size.height, [&](int32_t r) {
-        ownFwdRow<Src, Arith, NOut>(ownRows(src, r).p, ownRows(dst, r).p, size.width);
+template <bool Parallel, FwdForm F>
+void ownFwdImage(const Planes<typename Fwd<F>::Src::Elem, Fwd<F>::Src::kPlanes>& src,
+                 const Planes<Vqc8u, Fwd<F>::kOut>& dst, VqciSize size) {
+    const RowJob job = ownJob(src, dst, size.width);
+    ownRunRows<Parallel>(size.width, size.height, [&](int32_t first, int32_t last) {
+        ownFwdRows(F, job, first, last);
     });
 }
 
 // Fused 422/411 of a whole image: 35 when an odd last column or row stays
 // unwritten. Serial.
-template <class Src, int V, uint32_t K>
+template <FusedForm F>
 VqcStatus ownFwdFusedImage(const Planes<const Vqc8u, 1>& src, const Planes<Vqc8u, 3>& dst, VqciSize size) {
-    const int32_t width = size.width & ~1, groups = size.height / V;
-    for (int32_t i = 0; i < groups; ++i) {
-        const Vqc8u* srow[V];
-        Vqc8u* yrow[V];
-        for (int v = 0; v < V; ++v) srow[v] = src.row(0, V * i + v), yrow[v] = dst.row(0, V * i + v);
-        ownFwdFusedRow<Src, V, K>(srow, yrow, dst.row(1, i), dst.row(2, i), width);
-    }
+    constexpr int V = Fused<F>::kV;
+    ownFusedRows(F, ownJob(src, dst, size.width & ~1), 0, size.height / V);
     return ((size.width | (V == 2 ? size.height : 0)) & 1) ? vqcStatusOddSize : vqcStatusOk;
 }
 
 // Full-rate inverse conversion of a whole image; width is the number of
 // pixels each row processes.
-template <bool Parallel, class In, class Arith, class Dst>
-void ownInvImage(const Planes<const Vqc8u, In::kPlanes>& src, const Planes<typename Dst::Elem, Dst::kPlanes>& dst,
-                 VqciSize size, int32_t width, Vqc8u aval = 0) {
-    ownRunRows<Parallel>(size.width, size.height, [&](int32_t r) {
-        ownInvRow<In, Arith, Dst>(ownRows(src, r).p, ownRows(dst, r).p, width, aval);
+template <bool Parallel, InvForm F>
+void ownInvImage(const Planes<const Vqc8u, Inv<F>::In::kPlanes>& src,
+                 const Planes<typename Inv<F>::Dst::Elem, Inv<F>::Dst::kPlanes>& dst, VqciSize size, int32_t width,
+                 Vqc8u aval = 0) {
+    const RowJob job = ownJob(src, dst, width, aval);
+    ownRunRows<Parallel>(size.width, size.height, [&](int32_t first, int32_t last) {
+        ownInvRows(F, job, first, last);
     });
 }
 
@@ -544,15 +679,10 @@ void ownInvImage(const Planes<const Vqc8u, In::kPlanes>& src, const Planes<typen
 // output row r reads Y row r and chroma row r / V. Only whole groups of V rows
 // are written; the columns are the caller's (rounded down, or the last pair
 // whole). 35 when the width or (411) the height is odd. Serial.
-template <int V, class Dst>
+template <int V, InvForm F>
 VqcStatus ownInvSubImage(const Planes<const Vqc8u, 3>& src, const Planes<Vqc8u, 1>& dst, VqciSize size,
                          int32_t width, Vqc8u aval) {
-    const int32_t height = size.height / V * V;
-    for (int32_t r = 0; r < height; ++r) {
-        const Vqc8u* srow[3] = {src.row(0, r), src.row(1, r / V), src.row(2, r / V)};
-        Vqc8u* drow[1] = {dst.row(0, r)};
-        ownInvRow<In422Planes, InvMul, Dst>(srow, drow, width, aval);
-    }
+    ownInvRows(F, ownJob(src, dst, width, aval, V == 2 ? 1 : 0), 0, size.height / V * V);
     return ((size.width | (V == 2 ? size.height : 0)) & 1) ? vqcStatusOddSize : vqcStatusOk;
 }
 
