@@ -340,10 +340,183 @@ VQCJ_API VqcStatus vqciSplitRow_TIFF_16u8u_C1(const Vqc8u* pSrc, Vqc8u* const pp
 /* ---- JPEG MCU conversions and reduced-size inverse DCT --------------- */
 
 /* ---- JPEG 2000 reversible 5/3 wavelet -------------------------------- */
+/*
+ * One level of the reversible 5/3 wavelet. Only the low bit of x and y in a
+ * VqciRect matters (the phase); phase 0 means the first sample stands at an
+ * even position, any other value at an odd one. Row and column forms read
+ * the caller's border around the source (two samples before and after at
+ * phase 0) and write dstRoi.width (rows) or dstRoi.height (columns) lows and
+ * highs per line. 2D forms extend the borders themselves; in place they
+ * leave the four bands as quadrants cut at the phase's low count, the band
+ * forms cut at (n + 1) >> 1 and order the bands LL, LH (vertically high),
+ * HL, HH. 16-bit forms keep the low 16 bits of every stored value; nothing
+ * saturates. pBuffer is sized by the matching GetBufSize query.
+ * Checks: pointers -8, steps -14, size (height, then width) -6; in-place 2D
+ * forms test pSrcDst, the step, then pRect and pBuffer, and do nothing for
+ * an empty region.
+ */
+VQCJ_API VqcStatus vqciWTFwdRow_B53_JPEG2K_16s_C1R(const Vqc16s* pSrc, int32_t srcStep, Vqc16s* pDstLow, int32_t dstLowStep,
+                                                   Vqc16s* pDstHigh, int32_t dstHighStep, VqciSize dstRoi,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTFwdCol_B53_JPEG2K_16s_C1R(const Vqc16s* pSrc, int32_t srcStep, Vqc16s* pDstLow, int32_t dstLowStep,
+                                                   Vqc16s* pDstHigh, int32_t dstHighStep, VqciSize dstRoi,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTInvRow_B53_JPEG2K_16s_C1R(const Vqc16s* pSrcLow, int32_t srcLowStep, const Vqc16s* pSrcHigh,
+                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc16s* pDst, int32_t dstStep,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTInvCol_B53_JPEG2K_16s_C1R(const Vqc16s* pSrcLow, int32_t srcLowStep, const Vqc16s* pSrcHigh,
+                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc16s* pDst, int32_t dstStep,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTFwdColLift_B53_JPEG2K_16s_C1(const Vqc16s* pSrc0, const Vqc16s* pSrc1, const Vqc16s* pSrc2,
+                                                      Vqc16s* pDstLow0, const Vqc16s* pSrcHigh0, Vqc16s* pDstHigh1,
+                                                      int32_t width);
+VQCJ_API VqcStatus vqciWTInvColLift_B53_JPEG2K_16s_C1(const Vqc16s* pSrcLow0, const Vqc16s* pSrcHigh0, const Vqc16s* pSrcHigh1,
+                                                      const Vqc16s* pSrcEven0, Vqc16s* pDstOdd, Vqc16s* pDstEven,
+                                                      int32_t width);
+VQCJ_API VqcStatus vqciWTFwd_B53_JPEG2K_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,
+                                                 Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTInv_B53_JPEG2K_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,
+                                                 Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTFwd_B53_JPEG2K_16s_C1R(const Vqc16s* pSrc, int32_t srcStep, const VqciRect* pRect,
+                                                Vqc16s* const pDst[4], const int32_t dstStep[4], Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTInv_B53_JPEG2K_16s_C1R(const Vqc16s* const pSrc[4], const int32_t srcStep[4], Vqc16s* pDst,
+                                                int32_t dstStep, const VqciRect* pRect, Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTGetBufSize_B53_JPEG2K_16s_C1IR(const VqciRect* pRect, int32_t* pSize);
+VQCJ_API VqcStatus vqciWTGetBufSize_B53_JPEG2K_16s_C1R(const VqciRect* pRect, int32_t* pSize);
+VQCJ_API VqcStatus vqciWTFwdRow_B53_JPEG2K_32s_C1R(const Vqc32s* pSrc, int32_t srcStep, Vqc32s* pDstLow, int32_t dstLowStep,
+                                                   Vqc32s* pDstHigh, int32_t dstHighStep, VqciSize dstRoi,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTFwdCol_B53_JPEG2K_32s_C1R(const Vqc32s* pSrc, int32_t srcStep, Vqc32s* pDstLow, int32_t dstLowStep,
+                                                   Vqc32s* pDstHigh, int32_t dstHighStep, VqciSize dstRoi,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTInvRow_B53_JPEG2K_32s_C1R(const Vqc32s* pSrcLow, int32_t srcLowStep, const Vqc32s* pSrcHigh,
+                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc32s* pDst, int32_t dstStep,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTInvCol_B53_JPEG2K_32s_C1R(const Vqc32s* pSrcLow, int32_t srcLowStep, const Vqc32s* pSrcHigh,
+                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc32s* pDst, int32_t dstStep,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTFwdColLift_B53_JPEG2K_32s_C1(const Vqc32s* pSrc0, const Vqc32s* pSrc1, const Vqc32s* pSrc2,
+                                                      Vqc32s* pDstLow0, const Vqc32s* pSrcHigh0, Vqc32s* pDstHigh1,
+                                                      int32_t width);
+VQCJ_API VqcStatus vqciWTInvColLift_B53_JPEG2K_32s_C1(const Vqc32s* pSrcLow0, const Vqc32s* pSrcHigh0, const Vqc32s* pSrcHigh1,
+                                                      const Vqc32s* pSrcEven0, Vqc32s* pDstOdd, Vqc32s* pDstEven,
+                                                      int32_t width);
+VQCJ_API VqcStatus vqciWTFwd_B53_JPEG2K_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,
+                                                 Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTInv_B53_JPEG2K_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,
+                                                 Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTFwd_B53_JPEG2K_32s_C1R(const Vqc32s* pSrc, int32_t srcStep, const VqciRect* pRect,
+                                                Vqc32s* const pDst[4], const int32_t dstStep[4], Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTInv_B53_JPEG2K_32s_C1R(const Vqc32s* const pSrc[4], const int32_t srcStep[4], Vqc32s* pDst,
+                                                int32_t dstStep, const VqciRect* pRect, Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTGetBufSize_B53_JPEG2K_32s_C1IR(const VqciRect* pRect, int32_t* pSize);
+VQCJ_API VqcStatus vqciWTGetBufSize_B53_JPEG2K_32s_C1R(const VqciRect* pRect, int32_t* pSize);
 
 /* ---- JPEG 2000 irreversible 9/7 wavelet ------------------------------ */
+/*
+ * One level of the irreversible 9/7 wavelet, with the arguments, phase rule,
+ * band order and checks of the 5/3 forms above. Row and column-step forms
+ * use 16-bit fractions (16s saturates, 32s wraps) and take a border of four
+ * samples (three past the first at phase 1); a line of one output pair uses
+ * the direct filters. The 2D 16s forms use 14-bit fractions wrapping at 16
+ * bits, the 2D 32s forms single precision with a truncating, saturating
+ * conversion back. Lines of 2 to 4 samples extend periodically. The 2D
+ * forward at an odd origin places the highs first (lows from slot n >> 1),
+ * while the inverse always takes the lows first.
+ */
+VQCJ_API VqcStatus vqciWTFwdRow_D97_JPEG2K_16s_C1R(const Vqc16s* pSrc, int32_t srcStep, Vqc16s* pDstLow, int32_t dstLowStep,
+                                                   Vqc16s* pDstHigh, int32_t dstHighStep, VqciSize dstRoi,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTInvRow_D97_JPEG2K_16s_C1R(const Vqc16s* pSrcLow, int32_t srcLowStep, const Vqc16s* pSrcHigh,
+                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc16s* pDst, int32_t dstStep,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTFwdColLift_D97_JPEG2K_16s_C1(const Vqc16s* pSrc0, const Vqc16s* pSrc1, const Vqc16s* pSrc2,
+                                                      Vqc16s* pSrcDstLow0, Vqc16s* pDstLow1, Vqc16s* pSrcDstHigh0,
+                                                      Vqc16s* pSrcDstHigh1, Vqc16s* pDstHigh2, int32_t width);
+VQCJ_API VqcStatus vqciWTInvColLift_D97_JPEG2K_16s_C1(const Vqc16s* pSrcLow0, const Vqc16s* pSrcHigh0, const Vqc16s* pSrcHigh1,
+                                                      const Vqc16s* pSrc0, Vqc16s* pSrcDst1, Vqc16s* pSrcDst2, Vqc16s* pDst3,
+                                                      Vqc16s* pDst4, int32_t width);
+VQCJ_API VqcStatus vqciWTFwdRow_D97_JPEG2K_32s_C1R(const Vqc32s* pSrc, int32_t srcStep, Vqc32s* pDstLow, int32_t dstLowStep,
+                                                   Vqc32s* pDstHigh, int32_t dstHighStep, VqciSize dstRoi,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTInvRow_D97_JPEG2K_32s_C1R(const Vqc32s* pSrcLow, int32_t srcLowStep, const Vqc32s* pSrcHigh,
+                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc32s* pDst, int32_t dstStep,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTFwdColLift_D97_JPEG2K_32s_C1(const Vqc32s* pSrc0, const Vqc32s* pSrc1, const Vqc32s* pSrc2,
+                                                      Vqc32s* pSrcDstLow0, Vqc32s* pDstLow1, Vqc32s* pSrcDstHigh0,
+                                                      Vqc32s* pSrcDstHigh1, Vqc32s* pDstHigh2, int32_t width);
+VQCJ_API VqcStatus vqciWTInvColLift_D97_JPEG2K_32s_C1(const Vqc32s* pSrcLow0, const Vqc32s* pSrcHigh0, const Vqc32s* pSrcHigh1,
+                                                      const Vqc32s* pSrc0, Vqc32s* pSrcDst1, Vqc32s* pSrcDst2, Vqc32s* pDst3,
+                                                      Vqc32s* pDst4, int32_t width);
+VQCJ_API VqcStatus vqciWTFwdRow_D97_JPEG2K_32f_C1R(const Vqc32f* pSrc, int32_t srcStep, Vqc32f* pDstLow, int32_t dstLowStep,
+                                                   Vqc32f* pDstHigh, int32_t dstHighStep, VqciSize dstRoi,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTInvRow_D97_JPEG2K_32f_C1R(const Vqc32f* pSrcLow, int32_t srcLowStep, const Vqc32f* pSrcHigh,
+                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc32f* pDst, int32_t dstStep,
+                                                   VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTFwdColLift_D97_JPEG2K_32f_C1(const Vqc32f* pSrc0, const Vqc32f* pSrc1, const Vqc32f* pSrc2,
+                                                      Vqc32f* pSrcDstLow0, Vqc32f* pDstLow1, Vqc32f* pSrcDstHigh0,
+                                                      Vqc32f* pSrcDstHigh1, Vqc32f* pDstHigh2, int32_t width);
+VQCJ_API VqcStatus vqciWTInvColLift_D97_JPEG2K_32f_C1(const Vqc32f* pSrcLow0, const Vqc32f* pSrcHigh0, const Vqc32f* pSrcHigh1,
+                                                      const Vqc32f* pSrc0, Vqc32f* pSrcDst1, Vqc32f* pSrcDst2, Vqc32f* pDst3,
+                                                      Vqc32f* pDst4, int32_t width);
+VQCJ_API VqcStatus vqciWTFwdCol_D97_JPEG2K_32f_C1R(const Vqc32f* pSrc, int32_t srcStep, Vqc32f* pDstLow,
+                                                   int32_t dstLowStep, Vqc32f* pDstHigh, int32_t dstHighStep,
+                                                   VqciSize dstRoi, VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTInvCol_D97_JPEG2K_32f_C1R(const Vqc32f* pSrcLow, int32_t srcLowStep, const Vqc32f* pSrcHigh,
+                                                   int32_t srcHighStep, VqciSize srcRoi, Vqc32f* pDst,
+                                                   int32_t dstStep, VqciWTPhase phase);
+VQCJ_API VqcStatus vqciWTFwd_D97_JPEG2K_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,
+                                                 Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTInv_D97_JPEG2K_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,
+                                                 Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTFwd_D97_JPEG2K_16s_C1R(const Vqc16s* pSrc, int32_t srcStep, const VqciRect* pRect,
+                                                Vqc16s* const pDst[4], const int32_t dstStep[4], Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTInv_D97_JPEG2K_16s_C1R(const Vqc16s* const pSrc[4], const int32_t srcStep[4], Vqc16s* pDst,
+                                                int32_t dstStep, const VqciRect* pRect, Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTGetBufSize_D97_JPEG2K_16s_C1IR(const VqciRect* pRect, int32_t* pSize);
+VQCJ_API VqcStatus vqciWTGetBufSize_D97_JPEG2K_16s_C1R(const VqciRect* pRect, int32_t* pSize);
+VQCJ_API VqcStatus vqciWTFwd_D97_JPEG2K_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,
+                                                 Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTInv_D97_JPEG2K_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep, const VqciRect* pRect,
+                                                 Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTFwd_D97_JPEG2K_32s_C1R(const Vqc32s* pSrc, int32_t srcStep, const VqciRect* pRect,
+                                                Vqc32s* const pDst[4], const int32_t dstStep[4], Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTInv_D97_JPEG2K_32s_C1R(const Vqc32s* const pSrc[4], const int32_t srcStep[4], Vqc32s* pDst,
+                                                int32_t dstStep, const VqciRect* pRect, Vqc8u* pBuffer);
+VQCJ_API VqcStatus vqciWTGetBufSize_D97_JPEG2K_32s_C1IR(const VqciRect* pRect, int32_t* pSize);
+VQCJ_API VqcStatus vqciWTGetBufSize_D97_JPEG2K_32s_C1R(const VqciRect* pRect, int32_t* pSize);
 
 /* ---- JPEG 2000 component transforms ---------------------------------- */
+/*
+ * Reversible (RCT) and irreversible (ICT) component transforms on three
+ * planes sharing one step; planes are R, G, B forward and Y, Cb, Cr (or the
+ * two RCT differences) inverse. Integer forms wrap; the ICT integer forms
+ * use 14-bit constants rounded by 8192. Checks: pointers (an array, then
+ * its entries, in argument order) -8, steps -14, width then height -6.
+ */
+VQCJ_API VqcStatus vqciRCTFwd_JPEG2K_16s_P3IR(Vqc16s* const pSrcDst[3], int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciRCTFwd_JPEG2K_32s_P3IR(Vqc32s* const pSrcDst[3], int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciRCTInv_JPEG2K_16s_P3IR(Vqc16s* const pSrcDst[3], int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciRCTInv_JPEG2K_32s_P3IR(Vqc32s* const pSrcDst[3], int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciICTFwd_JPEG2K_16s_P3IR(Vqc16s* const pSrcDst[3], int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciICTFwd_JPEG2K_32s_P3IR(Vqc32s* const pSrcDst[3], int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciICTFwd_JPEG2K_32f_P3IR(Vqc32f* const pSrcDst[3], int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciICTInv_JPEG2K_16s_P3IR(Vqc16s* const pSrcDst[3], int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciICTInv_JPEG2K_32s_P3IR(Vqc32s* const pSrcDst[3], int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciICTInv_JPEG2K_32f_P3IR(Vqc32f* const pSrcDst[3], int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciRCTFwd_JPEG2K_16s_C3P3R(const Vqc16s* pSrc, int32_t srcStep, Vqc16s* const pDst[3], int32_t dstStep,
+                                               VqciSize roiSize);
+VQCJ_API VqcStatus vqciRCTFwd_JPEG2K_32s_C3P3R(const Vqc32s* pSrc, int32_t srcStep, Vqc32s* const pDst[3], int32_t dstStep,
+                                               VqciSize roiSize);
+VQCJ_API VqcStatus vqciICTFwd_JPEG2K_32f_C3P3R(const Vqc32f* pSrc, int32_t srcStep, Vqc32f* const pDst[3], int32_t dstStep,
+                                               VqciSize roiSize);
+VQCJ_API VqcStatus vqciRCTInv_JPEG2K_16s_P3C3R(const Vqc16s* const pSrc[3], int32_t srcStep, Vqc16s* pDst, int32_t dstStep,
+                                               VqciSize roiSize);
+VQCJ_API VqcStatus vqciRCTInv_JPEG2K_32s_P3C3R(const Vqc32s* const pSrc[3], int32_t srcStep, Vqc32s* pDst, int32_t dstStep,
+                                               VqciSize roiSize);
+VQCJ_API VqcStatus vqciICTInv_JPEG2K_32f_P3C3R(const Vqc32f* const pSrc[3], int32_t srcStep, Vqc32f* pDst, int32_t dstStep,
+                                               VqciSize roiSize);
 
 /* ---- JPEG 2000 code-block encoder ------------------------------------ */
 /*
