@@ -100,6 +100,10 @@ ROWS += [
      "JPEG 2000 code-blocks encode, vs OpenJPEG's whole lossless encode (≈91% tier-1)", None),
     ("bench_jpeg2k_tier1", "Tier1/Decode_CodeBlock/vqcj", "Tier1/LosslessDecode_whole/openjpeg",
      "JPEG 2000 code-blocks decode, vs OpenJPEG's whole lossless decode (≈91% tier-1)", None),
+    ("bench_jpeg2k_wavelet", "B53Fwd16s", "OpjB53Fwd", "JPEG 2000 5/3 forward 2D, 4096², 16s, vs OpenJPEG's DWT", None),
+    ("bench_jpeg2k_wavelet", "B53Inv16s", "OpjB53Inv", "JPEG 2000 5/3 inverse 2D, 4096², 16s, vs OpenJPEG's DWT", None),
+    ("bench_jpeg2k_wavelet", "D97Fwd32s", "OpjD97Fwd", "JPEG 2000 9/7 forward 2D, 4096², 32s, vs OpenJPEG's DWT", None),
+    ("bench_jpeg2k_wavelet", "D97Inv32s", "OpjD97Inv", "JPEG 2000 9/7 inverse 2D, 4096², 32s, vs OpenJPEG's DWT", None),
     ("bench_jpegxr", "BM_PCT_ours", "BM_PCT_jxrlib", "JPEG XR 4x4 core transform 32s, forward + inverse, vs jxrlib", None),
 ]
 
