@@ -1,38 +1,50 @@
 // Reduced inverse DCTs: the full fixed-point inverse on blocks whose
 // coefficients outside a top-left corner are zero (LS_1x1, 2x2, 4x4), and the
 // 4x4 and 2x2 scaled outputs of the classic libjpeg reduced transforms.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "jpeg/mcu/idct_reduced.cpp"
+#include <hwy/foreach_target.h>  // must come before highway.h
+#include <hwy/highway.h>
+
 #include <cstring>
 
 #include "frame/check.h"
 #include "frame/rows.h"
+#include "frame/simd.h"
 #include "frame/wrap.h"
 
+#ifndef VQCJ_IDCT_REDUCED_ONCE
+#define VQCJ_IDCT_REDUCED_ONCE
 namespace vqcj {
 namespace {
 
 // ---- Corner-only blocks --------------------------------------------------
 
 // The inverse butterfly of the 8x8 fixed-point kernel with the inputs from
-// N on known to be zero. The terms they feed drop out; arithmetic modulo
-// 2^32 is a ring, so every sum keeps the full kernel's 32-bit value and the
-// shifts see the same operands.
-template <int N, bool ColPass>
-inline void cornerLine(const Vqc16s* in, int32_t* y) {
-    const auto at = [in](int k) -> int32_t { return k < N ? in[k] : 0; };
-    const int32_t i0 = at(0), i1 = at(1), i2 = at(2), i3 = at(3);
-    const int32_t A = mulW(i3, 27246), B = mulW(i3, -18205);
-    const int32_t C = mulW(i1, 32139), D = mulW(i1, 6393);
-    const int32_t E = subW(C, A), F = subW(D, B), H = addW(E, F), J = subW(E, F);
-    const int32_t G = mulW(addW(addW(A, C), 2048) >> 12, 5793);
-    const int32_t I = mulW(addW(addW(B, D), 2048) >> 12, 5793);
-    const int32_t T = shlW(i0, 15);
-    const int32_t R = mulW(i2, 25080 + 17734), S = mulW(i2, 17734);
-    const int32_t U = addW(T, R), V = subW(T, R), W = addW(T, S), X = subW(T, S);
-    const auto fin = [](int32_t v) { return ColPass ? addW(v, 2048) >> 12 : addW(v, 1 << 20) >> 21; };
-    y[0] = fin(addW(U, G)), y[7] = fin(subW(U, G));
-    y[1] = fin(addW(W, H)), y[6] = fin(subW(W, H));
-    y[2] = fin(addW(X, J)), y[5] = fin(subW(X, J));
-    y[3] = fin(addW(V, I)), y[4] = fin(subW(V, I));
+// N on known to be zero, on Lanes lines side by side (in[k][l] is input k of
+// line l). The terms the zero inputs feed drop out; arithmetic modulo 2^32 is
+// a ring, so every sum keeps the full kernel's 32-bit value and the shifts
+// see the same operands. One loop over the lines, which GCC vectorises.
+template <int N, bool ColPass, int Lanes>
+inline void cornerLines(const Vqc16s (&in)[N][Lanes], Vqc16s (&y)[8][Lanes]) {
+    for (int l = 0; l < Lanes; ++l) {
+        const auto at = [&](int k) -> int32_t { return k < N ? in[k < N ? k : 0][l] : 0; };
+        const int32_t i0 = at(0), i1 = at(1), i2 = at(2), i3 = at(3);
+        // Products of a 16-bit input and a 16-bit constant, as the vectoriser likes them.
+        const int32_t A = i3 * 27246, B = i3 * -18205;
+        const int32_t C = i1 * 32139, D = i1 * 6393;
+        const int32_t E = subW(C, A), F = subW(D, B), H = addW(E, F), J = subW(E, F);
+        const int32_t G = mulW(addW(addW(A, C), 2048) >> 12, 5793);
+        const int32_t I = mulW(addW(addW(B, D), 2048) >> 12, 5793);
+        const int32_t T = shlW(i0, 15);
+        const int32_t S = i2 * 17734, R = addW(i2 * 25080, S);
+        const int32_t U = addW(T, R), V = subW(T, R), W = addW(T, S), X = subW(T, S);
+        const auto fin = [](int32_t v) { return cut16s(ColPass ? addW(v, 2048) >> 12 : addW(v, 1 << 20) >> 21); };
+        y[0][l] = fin(addW(U, G)), y[7][l] = fin(subW(U, G));
+        y[1][l] = fin(addW(W, H)), y[6][l] = fin(subW(W, H));
+        y[2][l] = fin(addW(X, J)), y[5][l] = fin(subW(X, J));
+        y[3][l] = fin(addW(V, I)), y[4][l] = fin(subW(V, I));
+    }
 }
 
 // Dequantises the N x N corner (products saturated, both factors signed),
@@ -41,22 +53,17 @@ inline void cornerLine(const Vqc16s* in, int32_t* y) {
 // bytes.
 template <int N>
 void cornerBlock(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u* pTable) {
-    Vqc16s col[N][N], cols[8][N];  // [row][column]
+    Vqc16s coef[N][N], cols[8][N], rows[N][8], out[8][8];
     for (int r = 0; r < N; ++r)
-        for (int c = 0; c < N; ++c)
-            col[c][r] = sat16s(int32_t(pSrc[8 * r + c]) * static_cast<Vqc16s>(pTable[8 * r + c]));
-    for (int c = 0; c < N; ++c) {
-        int32_t y[8];
-        cornerLine<N, true>(col[c], y);
-        for (int r = 0; r < 8; ++r) cols[r][c] = cut16s(y[r]);
-    }
-    for (int r = 0; r < 8; ++r) {
-        int32_t y[8];
-        cornerLine<N, false>(cols[r], y);
-        Vqc8u px[8];
-        for (int c = 0; c < 8; ++c) px[c] = add128Sat8u(cut16s(y[c]));
-        std::memcpy(rowAt(pDst, dstStep, r), px, 8);
-    }
+        for (int c = 0; c < N; ++c) coef[r][c] = sat16s(int32_t(pSrc[8 * r + c]) * static_cast<Vqc16s>(pTable[8 * r + c]));
+    cornerLines<N, true>(coef, cols);
+    for (int k = 0; k < N; ++k)
+        for (int r = 0; r < 8; ++r) rows[k][r] = cols[r][k];
+    cornerLines<N, false>(rows, out);  // out[column][row]
+    alignas(16) Vqc8u px[64];
+    for (int r = 0; r < 8; ++r)
+        for (int c = 0; c < 8; ++c) px[8 * r + c] = add128Sat8u(out[c][r]);
+    for (int r = 0; r < 8; ++r) std::memcpy(rowAt(pDst, dstStep, r), px + 8 * r, 8);
 }
 
 // A DC-only block is flat: one value for all 64 samples.
@@ -77,46 +84,43 @@ void dcBlock(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u* pTa
 
 inline int32_t descale(int32_t v, int n) { return addW(v, 1 << (n - 1)) >> n; }
 
-// 4-point line from the eight inputs at stride `s` (input 4 is not used):
-// outputs 0..3.
-template <int Shift, class Get>
-inline void line4(Get z, int32_t* out) {
-    const int32_t t0 = shlW(z(0), 14);
-    const int32_t t2 = addW(mulW(z(2), 15137), mulW(z(6), -6270));
-    const int32_t t10 = addW(t0, t2), t12 = subW(t0, t2);
-    const int32_t o0 = addW(addW(mulW(z(7), -1730), mulW(z(5), 11893)), addW(mulW(z(3), -17799), mulW(z(1), 8697)));
-    const int32_t o2 = addW(addW(mulW(z(7), -4176), mulW(z(5), -4926)), addW(mulW(z(3), 7373), mulW(z(1), 20995)));
-    out[0] = descale(addW(t10, o2), Shift), out[3] = descale(subW(t10, o2), Shift);
-    out[1] = descale(addW(t12, o0), Shift), out[2] = descale(subW(t12, o0), Shift);
+// 4-point lines (input 4 unused; outputs 0..3) and 2-point lines (inputs
+// 0, 1, 3, 5, 7; outputs 0, 1), on Lanes lines side by side as above.
+template <int M, int Shift, int Lanes>
+inline void scaledLines(const int32_t (&z)[8][Lanes], int32_t (&out)[M][Lanes]) {
+    for (int l = 0; l < Lanes; ++l) {
+        if constexpr (M == 4) {
+            const int32_t t0 = shlW(z[0][l], 14);
+            const int32_t t2 = addW(mulW(z[2][l], 15137), mulW(z[6][l], -6270));
+            const int32_t t10 = addW(t0, t2), t12 = subW(t0, t2);
+            const int32_t o0 = addW(addW(mulW(z[7][l], -1730), mulW(z[5][l], 11893)),
+                                    addW(mulW(z[3][l], -17799), mulW(z[1][l], 8697)));
+            const int32_t o2 = addW(addW(mulW(z[7][l], -4176), mulW(z[5][l], -4926)),
+                                    addW(mulW(z[3][l], 7373), mulW(z[1][l], 20995)));
+            out[0][l] = descale(addW(t10, o2), Shift), out[3][l] = descale(subW(t10, o2), Shift);
+            out[1][l] = descale(addW(t12, o0), Shift), out[2][l] = descale(subW(t12, o0), Shift);
+        } else {
+            const int32_t t10 = shlW(z[0][l], 15);
+            const int32_t o = addW(addW(mulW(z[7][l], -5906), mulW(z[5][l], 6967)),
+                                   addW(mulW(z[3][l], -10426), mulW(z[1][l], 29692)));
+            out[0][l] = descale(addW(t10, o), Shift), out[1][l] = descale(subW(t10, o), Shift);
+        }
+    }
 }
 
-// 2-point line: inputs 0, 1, 3, 5, 7; outputs 0, 1.
-template <int Shift, class Get>
-inline void line2(Get z, int32_t* out) {
-    const int32_t t10 = shlW(z(0), 15);
-    const int32_t o = addW(addW(mulW(z(7), -5906), mulW(z(5), 6967)), addW(mulW(z(3), -10426), mulW(z(1), 29692)));
-    out[0] = descale(addW(t10, o), Shift), out[1] = descale(subW(t10, o), Shift);
-}
-
-// Column pass over the columns a reduced line reads, then rows; each product
+// Columns first, then the M rows the columns produced; each product
 // coefficient times multiplier is exact in 32 bits.
 template <int M>
 void scaledBlock(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u* pTable) {
-    int32_t ws[M][8] = {};
-    for (int c = 0; c < 8; ++c) {
-        const auto z = [&](int k) { return int32_t(pSrc[8 * k + c]) * static_cast<Vqc16s>(pTable[8 * k + c]); };
-        int32_t out[M];
-        if constexpr (M == 4) line4<12>(z, out);
-        else line2<13>(z, out);
-        for (int r = 0; r < M; ++r) ws[r][c] = out[r];
-    }
+    int32_t z[8][8], ws[M][8], rows[8][M], out[M][M];
+    for (int i = 0; i < 64; ++i) z[i / 8][i % 8] = int32_t(pSrc[i]) * static_cast<Vqc16s>(pTable[i]);
+    scaledLines<M, M == 4 ? 12 : 13>(z, ws);
+    for (int k = 0; k < 8; ++k)
+        for (int r = 0; r < M; ++r) rows[k][r] = ws[r][k];
+    scaledLines<M, M == 4 ? 19 : 20>(rows, out);  // out[column][row]
     for (int r = 0; r < M; ++r) {
-        const auto z = [&](int k) { return ws[r][k]; };
-        int32_t out[M];
-        if constexpr (M == 4) line4<19>(z, out);
-        else line2<20>(z, out);
         Vqc8u px[M];
-        for (int c = 0; c < M; ++c) px[c] = sat8u(addW(out[c], 128));
+        for (int c = 0; c < M; ++c) px[c] = sat8u(addW(out[c][r], 128));
         std::memcpy(rowAt(pDst, dstStep, r), px, M);
     }
 }
@@ -127,6 +131,197 @@ inline VqcStatus checkBlock(const Vqc16s* pSrc, const Vqc8u* pDst, int32_t dstSt
 }
 
 }  // namespace
+}  // namespace vqcj
+#endif
+
+HWY_BEFORE_NAMESPACE();
+namespace vqcj::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if !VQCJ_SIMD_BASELINE
+using D32 = hn::FixedTag<int32_t, 4>;
+using D16 = hn::FixedTag<int16_t, 8>;
+using V32 = hn::Vec<D32>;
+using V16 = hn::Vec<D16>;
+
+HWY_INLINE V32 mulC(V32 v, int32_t c) { return hn::Mul(v, hn::Set(D32(), c)); }
+template <int Shift>
+HWY_INLINE V32 descaleV(V32 v) {
+    return hn::ShiftRight<Shift>(hn::Add(v, hn::Set(D32(), 1 << (Shift - 1))));
+}
+
+// Transposes the 4x4 block held in four vectors.
+HWY_INLINE void transpose4(V32& a, V32& b, V32& c, V32& d) {
+    const hn::Repartition<int64_t, D32> d64;
+    const auto ab0 = hn::BitCast(d64, hn::InterleaveLower(D32(), a, b)), ab1 = hn::BitCast(d64, hn::InterleaveUpper(D32(), a, b));
+    const auto cd0 = hn::BitCast(d64, hn::InterleaveLower(D32(), c, d)), cd1 = hn::BitCast(d64, hn::InterleaveUpper(D32(), c, d));
+    a = hn::BitCast(D32(), hn::InterleaveLower(d64, ab0, cd0)), b = hn::BitCast(D32(), hn::InterleaveUpper(d64, ab0, cd0));
+    c = hn::BitCast(D32(), hn::InterleaveLower(d64, ab1, cd1)), d = hn::BitCast(D32(), hn::InterleaveUpper(d64, ab1, cd1));
+}
+
+// Row r of the result is lane r of the eight vectors (one per column):
+// transposed to rows, level-shifted and saturated to bytes.
+HWY_INLINE void storeColumns(const V16 (&y)[8], Vqc8u* pDst, int32_t dstStep) {
+    const D16 d;
+    const hn::Repartition<int32_t, D16> d32;
+    const hn::Repartition<int64_t, D16> d64;
+    const hn::Rebind<uint8_t, D16> d8;
+    for (int s = 0; s < 2; ++s) {  // rows 0-3, then 4-7
+        V16 t[4];
+        for (int j = 0; j < 4; ++j)
+            t[j] = s ? hn::InterleaveUpper(d, y[2 * j], y[2 * j + 1]) : hn::InterleaveLower(d, y[2 * j], y[2 * j + 1]);
+        const auto u0 = hn::BitCast(d64, hn::InterleaveLower(d32, hn::BitCast(d32, t[0]), hn::BitCast(d32, t[1])));
+        const auto u1 = hn::BitCast(d64, hn::InterleaveUpper(d32, hn::BitCast(d32, t[0]), hn::BitCast(d32, t[1])));
+        const auto u2 = hn::BitCast(d64, hn::InterleaveLower(d32, hn::BitCast(d32, t[2]), hn::BitCast(d32, t[3])));
+        const auto u3 = hn::BitCast(d64, hn::InterleaveUpper(d32, hn::BitCast(d32, t[2]), hn::BitCast(d32, t[3])));
+        const V16 rows[4] = {hn::BitCast(d, hn::InterleaveLower(d64, u0, u2)), hn::BitCast(d, hn::InterleaveUpper(d64, u0, u2)),
+                             hn::BitCast(d, hn::InterleaveLower(d64, u1, u3)), hn::BitCast(d, hn::InterleaveUpper(d64, u1, u3))};
+        for (int r = 0; r < 4; ++r)
+            hn::StoreU(hn::DemoteTo(d8, hn::Add(rows[r], hn::Set(d, 128))), d8, rowAt(pDst, dstStep, 4 * s + r));
+    }
+}
+
+// The corner kernel: the N columns of the first pass in scalar code, each
+// written as the row pass's input along the rows; the row pass on the rows
+// as lanes (its results fit 16 bits, so narrowing them is exact).
+template <int N>
+void cornerVector(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u* pTable) {
+    Vqc16s coef[N][N], colOut[8][N];
+    for (int r = 0; r < N; ++r)
+        for (int c = 0; c < N; ++c) coef[r][c] = sat16s(int32_t(pSrc[8 * r + c]) * static_cast<Vqc16s>(pTable[8 * r + c]));
+    cornerLines<N, true>(coef, colOut);
+    alignas(16) int32_t in[N][8];  // input k of the row pass, one lane per row
+    for (int k = 0; k < N; ++k)
+        for (int r = 0; r < 8; ++r) in[k][r] = colOut[r][k];
+    const D32 d;
+    V32 y[2][8];
+    for (int h = 0; h < 2; ++h) {
+        const V32 T = hn::ShiftLeft<15>(hn::Load(d, in[0] + 4 * h)), zero = hn::Zero(d);
+        V32 U = T, V = T, W = T, X = T, G = zero, I = zero, H = zero, J = zero;
+        if constexpr (N >= 2) {
+            const V32 i1 = hn::Load(d, in[1] + 4 * h);
+            V32 A = zero, B = zero;
+            if constexpr (N >= 4) {
+                const V32 i3 = hn::Load(d, in[3 < N ? 3 : 0] + 4 * h);
+                A = mulC(i3, 27246), B = mulC(i3, -18205);
+            }
+            const V32 C = mulC(i1, 32139), D = mulC(i1, 6393);
+            const V32 E = hn::Sub(C, A), F = hn::Sub(D, B);
+            H = hn::Add(E, F), J = hn::Sub(E, F);
+            G = mulC(hn::ShiftRight<12>(hn::Add(hn::Add(A, C), hn::Set(d, 2048))), 5793);
+            I = mulC(hn::ShiftRight<12>(hn::Add(hn::Add(B, D), hn::Set(d, 2048))), 5793);
+        }
+        if constexpr (N >= 4) {
+            const V32 i2 = hn::Load(d, in[2 < N ? 2 : 0] + 4 * h);
+            const V32 S = mulC(i2, 17734), R = hn::Add(mulC(i2, 25080), S);
+            U = hn::Add(T, R), V = hn::Sub(T, R), W = hn::Add(T, S), X = hn::Sub(T, S);
+        }
+        const V32 out[8] = {hn::Add(U, G), hn::Add(W, H), hn::Add(X, J), hn::Add(V, I),
+                            hn::Sub(V, I), hn::Sub(X, J), hn::Sub(W, H), hn::Sub(U, G)};
+        for (int c = 0; c < 8; ++c) y[h][c] = descaleV<21>(out[c]);
+    }
+    V16 cols[8];
+    const hn::Half<D16> dh;
+    for (int c = 0; c < 8; ++c) cols[c] = hn::Combine(D16(), hn::DemoteTo(dh, y[1][c]), hn::DemoteTo(dh, y[0][c]));
+    storeColumns(cols, pDst, dstStep);
+}
+
+// One reduced line on vectors: z[k] is input k of four lines.
+template <int M, int Shift>
+HWY_INLINE void scaledLine(const V32 (&z)[8], V32 (&out)[M]) {
+    if constexpr (M == 4) {
+        const V32 t0 = hn::ShiftLeft<14>(z[0]);
+        const V32 t2 = hn::Add(mulC(z[2], 15137), mulC(z[6], -6270));
+        const V32 t10 = hn::Add(t0, t2), t12 = hn::Sub(t0, t2);
+        const V32 o0 = hn::Add(hn::Add(mulC(z[7], -1730), mulC(z[5], 11893)), hn::Add(mulC(z[3], -17799), mulC(z[1], 8697)));
+        const V32 o2 = hn::Add(hn::Add(mulC(z[7], -4176), mulC(z[5], -4926)), hn::Add(mulC(z[3], 7373), mulC(z[1], 20995)));
+        out[0] = descaleV<Shift>(hn::Add(t10, o2)), out[3] = descaleV<Shift>(hn::Sub(t10, o2));
+        out[1] = descaleV<Shift>(hn::Add(t12, o0)), out[2] = descaleV<Shift>(hn::Sub(t12, o0));
+    } else {
+        const V32 t10 = hn::ShiftLeft<15>(z[0]);
+        const V32 o = hn::Add(hn::Add(mulC(z[7], -5906), mulC(z[5], 6967)), hn::Add(mulC(z[3], -10426), mulC(z[1], 29692)));
+        out[0] = descaleV<Shift>(hn::Add(t10, o)), out[1] = descaleV<Shift>(hn::Sub(t10, o));
+    }
+}
+
+// Columns four at a time, then (4x4) the four rows as lanes after a
+// transpose, or (2x2) the two rows in scalar code.
+template <int M>
+void scaledVector(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u* pTable) {
+    const D32 d;
+    const hn::Rebind<int16_t, D32> d16;
+    const Vqc16s* table = reinterpret_cast<const Vqc16s*>(pTable);  // read as signed
+    V32 ws[2][M];  // [columns 0-3 or 4-7][row]
+    for (int h = 0; h < 2; ++h) {
+        V32 z[8];
+        for (int k = 0; k < 8; ++k)
+            z[k] = hn::Mul(hn::PromoteTo(d, hn::LoadU(d16, pSrc + 8 * k + 4 * h)), hn::PromoteTo(d, hn::LoadU(d16, table + 8 * k + 4 * h)));
+        scaledLine<M, M == 4 ? 12 : 13>(z, ws[h]);
+    }
+    if constexpr (M == 4) {
+        // Input k of row r is column k of ws: transpose both 4x4 halves.
+        V32 z[8] = {ws[0][0], ws[0][1], ws[0][2], ws[0][3], ws[1][0], ws[1][1], ws[1][2], ws[1][3]};
+        transpose4(z[0], z[1], z[2], z[3]);
+        transpose4(z[4], z[5], z[6], z[7]);
+        V32 out[4];
+        scaledLine<4, 19>(z, out);  // out[c]: column c of the four rows
+        transpose4(out[0], out[1], out[2], out[3]);
+        const hn::Rebind<uint8_t, D32> d8;
+        for (int r = 0; r < 4; ++r)
+            hn::StoreU(hn::DemoteTo(d8, hn::Add(out[r], hn::Set(d, 128))), d8, rowAt(pDst, dstStep, r));
+    } else {
+        alignas(16) int32_t w[2][8];
+        for (int h = 0; h < 2; ++h)
+            for (int r = 0; r < 2; ++r) hn::Store(ws[h][r], d, w[r] + 4 * h);
+        for (int r = 0; r < 2; ++r) {
+            int32_t z[8][1], out[2][1];
+            for (int k = 0; k < 8; ++k) z[k][0] = w[r][k];
+            scaledLines<2, 20>(z, out);
+            Vqc8u* row = rowAt(pDst, dstStep, r);
+            row[0] = sat8u(addW(out[0][0], 128)), row[1] = sat8u(addW(out[1][0], 128));
+        }
+    }
+}
+#endif
+
+void CornerBlock2(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u* pTable) {
+#if VQCJ_SIMD_BASELINE
+    cornerBlock<2>(pSrc, pDst, dstStep, pTable);
+#else
+    cornerVector<2>(pSrc, pDst, dstStep, pTable);
+#endif
+}
+void CornerBlock4(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u* pTable) {
+#if VQCJ_SIMD_BASELINE
+    cornerBlock<4>(pSrc, pDst, dstStep, pTable);
+#else
+    cornerVector<4>(pSrc, pDst, dstStep, pTable);
+#endif
+}
+void ScaledBlock4(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u* pTable) {
+#if VQCJ_SIMD_BASELINE
+    scaledBlock<4>(pSrc, pDst, dstStep, pTable);
+#else
+    scaledVector<4>(pSrc, pDst, dstStep, pTable);
+#endif
+}
+void ScaledBlock2(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u* pTable) {
+#if VQCJ_SIMD_BASELINE
+    scaledBlock<2>(pSrc, pDst, dstStep, pTable);
+#else
+    scaledVector<2>(pSrc, pDst, dstStep, pTable);
+#endif
+}
+
+}  // namespace vqcj::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace vqcj {
+HWY_EXPORT(CornerBlock2);
+HWY_EXPORT(CornerBlock4);
+HWY_EXPORT(ScaledBlock4);
+HWY_EXPORT(ScaledBlock2);
 }  // namespace vqcj
 
 using namespace vqcj;
@@ -143,29 +338,30 @@ VQCJ_API VqcStatus vqciDCTQuantInv8x8LS_1x1_JPEG_16s8u_C1R(const Vqc16s* pSrc, V
 VQCJ_API VqcStatus vqciDCTQuantInv8x8LS_2x2_JPEG_16s8u_C1R(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep,
                                                             const Vqc16u* pQuantInvTable) {
     if (VqcStatus st = checkBlock(pSrc, pDst, dstStep, pQuantInvTable)) return st;
-    cornerBlock<2>(pSrc, pDst, dstStep, pQuantInvTable);
+    VQCJ_DISPATCH(CornerBlock2)(pSrc, pDst, dstStep, pQuantInvTable);
     return vqcStatusOk;
 }
 
 VQCJ_API VqcStatus vqciDCTQuantInv8x8LS_4x4_JPEG_16s8u_C1R(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep,
                                                             const Vqc16u* pQuantInvTable) {
     if (VqcStatus st = checkBlock(pSrc, pDst, dstStep, pQuantInvTable)) return st;
-    cornerBlock<4>(pSrc, pDst, dstStep, pQuantInvTable);
+    VQCJ_DISPATCH(CornerBlock4)(pSrc, pDst, dstStep, pQuantInvTable);
     return vqcStatusOk;
 }
 
 VQCJ_API VqcStatus vqciDCTQuantInv8x8To4x4LS_JPEG_16s8u_C1R(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep,
                                                              const Vqc16u* pQuantInvTable) {
     if (VqcStatus st = checkBlock(pSrc, pDst, dstStep, pQuantInvTable)) return st;
-    scaledBlock<4>(pSrc, pDst, dstStep, pQuantInvTable);
+    VQCJ_DISPATCH(ScaledBlock4)(pSrc, pDst, dstStep, pQuantInvTable);
     return vqcStatusOk;
 }
 
 VQCJ_API VqcStatus vqciDCTQuantInv8x8To2x2LS_JPEG_16s8u_C1R(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep,
                                                              const Vqc16u* pQuantInvTable) {
     if (VqcStatus st = checkBlock(pSrc, pDst, dstStep, pQuantInvTable)) return st;
-    scaledBlock<2>(pSrc, pDst, dstStep, pQuantInvTable);
+    VQCJ_DISPATCH(ScaledBlock2)(pSrc, pDst, dstStep, pQuantInvTable);
     return vqcStatusOk;
 }
 
 }  // extern "C"
+#endif  // HWY_ONCE
