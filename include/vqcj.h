@@ -369,6 +369,7 @@ VQCJ_API VqcStatus vqciSplitRow_TIFF_16u8u_C1(const Vqc8u* pSrc, Vqc8u* const pp
  * field); YCCK gives C = 255 - R, M = 255 - G, Y = 255 - B and the K byte.
  * SampleUp writes Y, Cb, Cr bytes; Join422 writes Y0 Cb Y1 Cr pairs.
  *
+ * Rows of 16-bit pixels must start on even addresses.
  * Checks: the pixel pointer, the block pointer array, each of its entries in
  * order (-8), then the step below 1 (-14). Nothing else can fail.
  */
