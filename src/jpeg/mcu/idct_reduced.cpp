@@ -125,6 +125,8 @@ void scaledBlock(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u*
     }
 }
 
+enum McuReducedKind { kCorner2, kCorner4, kScaled4, kScaled2 };
+
 // The checks of the full inverse: pSrc, pDst, dstStep, then the table.
 inline VqcStatus checkBlock(const Vqc16s* pSrc, const Vqc8u* pDst, int32_t dstStep, const Vqc16u* pTable) {
     return Check().ptr(pSrc).ptr(pDst).step(dstStep).ptr(pTable);
@@ -284,33 +286,16 @@ void scaledVector(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u
 }
 #endif
 
-void CornerBlock2(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u* pTable) {
+// The reduced forms in the order of McuReducedKind.
+using ReducedFn = void (*)(const Vqc16s*, Vqc8u*, int32_t, const Vqc16u*);
 #if VQCJ_SIMD_BASELINE
-    cornerBlock<2>(pSrc, pDst, dstStep, pTable);
+constexpr ReducedFn kReduced[] = {cornerBlock<2>, cornerBlock<4>, scaledBlock<4>, scaledBlock<2>};
 #else
-    cornerVector<2>(pSrc, pDst, dstStep, pTable);
+constexpr ReducedFn kReduced[] = {cornerVector<2>, cornerVector<4>, scaledVector<4>, scaledVector<2>};
 #endif
-}
-void CornerBlock4(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u* pTable) {
-#if VQCJ_SIMD_BASELINE
-    cornerBlock<4>(pSrc, pDst, dstStep, pTable);
-#else
-    cornerVector<4>(pSrc, pDst, dstStep, pTable);
-#endif
-}
-void ScaledBlock4(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u* pTable) {
-#if VQCJ_SIMD_BASELINE
-    scaledBlock<4>(pSrc, pDst, dstStep, pTable);
-#else
-    scaledVector<4>(pSrc, pDst, dstStep, pTable);
-#endif
-}
-void ScaledBlock2(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u* pTable) {
-#if VQCJ_SIMD_BASELINE
-    scaledBlock<2>(pSrc, pDst, dstStep, pTable);
-#else
-    scaledVector<2>(pSrc, pDst, dstStep, pTable);
-#endif
+
+void ReducedBlock(int kind, const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u* pTable) {
+    kReduced[kind](pSrc, pDst, dstStep, pTable);
 }
 
 }  // namespace vqcj::HWY_NAMESPACE
@@ -318,50 +303,35 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace vqcj {
-HWY_EXPORT(CornerBlock2);
-HWY_EXPORT(CornerBlock4);
-HWY_EXPORT(ScaledBlock4);
-HWY_EXPORT(ScaledBlock2);
+HWY_EXPORT(ReducedBlock);
 }  // namespace vqcj
 
 using namespace vqcj;
 
+namespace {
+
+// The checks, then the kernel; the DC-only form needs no dispatch.
+VqcStatus reduced(int kind, const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u* pTable) {
+    if (VqcStatus st = checkBlock(pSrc, pDst, dstStep, pTable)) return st;
+    if (kind < 0) dcBlock(pSrc, pDst, dstStep, pTable);
+    else VQCJ_DISPATCH(ReducedBlock)(kind, pSrc, pDst, dstStep, pTable);
+    return vqcStatusOk;
+}
+
+}  // namespace
+
+#define VQCJ_REDUCED(name, kind)                                                                        \
+    VQCJ_API VqcStatus name(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u* pQuantInvTable) { \
+        return reduced(kind, pSrc, pDst, dstStep, pQuantInvTable);                                      \
+    }
+
 extern "C" {
 
-VQCJ_API VqcStatus vqciDCTQuantInv8x8LS_1x1_JPEG_16s8u_C1R(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep,
-                                                            const Vqc16u* pQuantInvTable) {
-    if (VqcStatus st = checkBlock(pSrc, pDst, dstStep, pQuantInvTable)) return st;
-    dcBlock(pSrc, pDst, dstStep, pQuantInvTable);
-    return vqcStatusOk;
-}
-
-VQCJ_API VqcStatus vqciDCTQuantInv8x8LS_2x2_JPEG_16s8u_C1R(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep,
-                                                            const Vqc16u* pQuantInvTable) {
-    if (VqcStatus st = checkBlock(pSrc, pDst, dstStep, pQuantInvTable)) return st;
-    VQCJ_DISPATCH(CornerBlock2)(pSrc, pDst, dstStep, pQuantInvTable);
-    return vqcStatusOk;
-}
-
-VQCJ_API VqcStatus vqciDCTQuantInv8x8LS_4x4_JPEG_16s8u_C1R(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep,
-                                                            const Vqc16u* pQuantInvTable) {
-    if (VqcStatus st = checkBlock(pSrc, pDst, dstStep, pQuantInvTable)) return st;
-    VQCJ_DISPATCH(CornerBlock4)(pSrc, pDst, dstStep, pQuantInvTable);
-    return vqcStatusOk;
-}
-
-VQCJ_API VqcStatus vqciDCTQuantInv8x8To4x4LS_JPEG_16s8u_C1R(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep,
-                                                             const Vqc16u* pQuantInvTable) {
-    if (VqcStatus st = checkBlock(pSrc, pDst, dstStep, pQuantInvTable)) return st;
-    VQCJ_DISPATCH(ScaledBlock4)(pSrc, pDst, dstStep, pQuantInvTable);
-    return vqcStatusOk;
-}
-
-VQCJ_API VqcStatus vqciDCTQuantInv8x8To2x2LS_JPEG_16s8u_C1R(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep,
-                                                             const Vqc16u* pQuantInvTable) {
-    if (VqcStatus st = checkBlock(pSrc, pDst, dstStep, pQuantInvTable)) return st;
-    VQCJ_DISPATCH(ScaledBlock2)(pSrc, pDst, dstStep, pQuantInvTable);
-    return vqcStatusOk;
-}
+VQCJ_REDUCED(vqciDCTQuantInv8x8LS_1x1_JPEG_16s8u_C1R, -1)
+VQCJ_REDUCED(vqciDCTQuantInv8x8LS_2x2_JPEG_16s8u_C1R, kCorner2)
+VQCJ_REDUCED(vqciDCTQuantInv8x8LS_4x4_JPEG_16s8u_C1R, kCorner4)
+VQCJ_REDUCED(vqciDCTQuantInv8x8To4x4LS_JPEG_16s8u_C1R, kScaled4)
+VQCJ_REDUCED(vqciDCTQuantInv8x8To2x2LS_JPEG_16s8u_C1R, kScaled2)
 
 }  // extern "C"
 #endif  // HWY_ONCE
