@@ -161,7 +161,7 @@ const vqcjtest::CoefBlocks& realBlocks() {
     static const vqcjtest::CoefBlocks all = [] {
         vqcjtest::CoefBlocks b;
         for (const char* name : {"rocket.jpg", "retina.jpg", "hubble_deep_field.jpg"})
-            vqcjtest::readCoefficients(vqcjtest::readFileBytes(std::string(VQCJ_PHOTO_DIR) + "/" + name), b);
+            vqcjtest::readCoefficients(std::string(VQCJ_PHOTO_DIR) + "/" + name, b);
         return b;
     }();
     return all;

@@ -32,28 +32,21 @@ struct CoefBlocks {
     std::vector<int> tableOf;  // per block
 };
 
-inline std::vector<uint8_t> readFileBytes(const std::string& path) {
-    std::vector<uint8_t> b;
-    if (FILE* f = std::fopen(path.c_str(), "rb")) {
-        uint8_t buf[65536];
-        for (size_t n; (n = std::fread(buf, 1, sizeof buf, f)) > 0;) b.insert(b.end(), buf, buf + n);
-        std::fclose(f);
-    }
-    return b;
-}
-
-// Appends every block of every component of a JPEG held in memory; false
-// when libjpeg refuses it.
-inline bool readCoefficients(const std::vector<uint8_t>& jpeg, CoefBlocks& out) {
+// Appends every block of every component of a JPEG file; false when the
+// file is missing or libjpeg refuses it.
+inline bool readCoefficients(const std::string& path, CoefBlocks& out) {
+    FILE* f = std::fopen(path.c_str(), "rb");
+    if (!f) return false;
     jpeg_decompress_struct cinfo;
     vqcjphoto::JpegErrorJump err;
     cinfo.err = err.install();
     if (setjmp(err.jump)) {
         jpeg_destroy_decompress(&cinfo);
+        std::fclose(f);
         return false;
     }
     jpeg_create_decompress(&cinfo);
-    jpeg_mem_src(&cinfo, jpeg.data(), static_cast<unsigned long>(jpeg.size()));
+    jpeg_stdio_src(&cinfo, f);
     jpeg_read_header(&cinfo, TRUE);
     jvirt_barray_ptr* arrays = jpeg_read_coefficients(&cinfo);
     for (int c = 0; c < cinfo.num_components; ++c) {
@@ -73,32 +66,8 @@ inline bool readCoefficients(const std::vector<uint8_t>& jpeg, CoefBlocks& out) 
     }
     jpeg_finish_decompress(&cinfo);
     jpeg_destroy_decompress(&cinfo);
+    std::fclose(f);
     return true;
-}
-
-// Compresses packed RGB rows with libjpeg (411 chroma) into memory.
-inline std::vector<uint8_t> compressRgb(const uint8_t* rgb, int width, int height, int quality) {
-    jpeg_compress_struct cinfo;
-    jpeg_error_mgr err;
-    cinfo.err = jpeg_std_error(&err);
-    jpeg_create_compress(&cinfo);
-    unsigned char* mem = nullptr;
-    unsigned long size = 0;
-    jpeg_mem_dest(&cinfo, &mem, &size);
-    cinfo.image_width = JDIMENSION(width), cinfo.image_height = JDIMENSION(height);
-    cinfo.input_components = 3, cinfo.in_color_space = JCS_RGB;
-    jpeg_set_defaults(&cinfo);
-    jpeg_set_quality(&cinfo, quality, TRUE);
-    jpeg_start_compress(&cinfo, TRUE);
-    while (cinfo.next_scanline < cinfo.image_height) {
-        JSAMPROW row = const_cast<uint8_t*>(rgb) + size_t(cinfo.next_scanline) * width * 3;
-        jpeg_write_scanlines(&cinfo, &row, 1);
-    }
-    jpeg_finish_compress(&cinfo);
-    jpeg_destroy_compress(&cinfo);
-    std::vector<uint8_t> out(mem, mem + size);
-    std::free(mem);
-    return out;
 }
 
 // Calls libjpeg's reduced transforms with the least state they read: the
