@@ -183,48 +183,60 @@ HWY_INLINE void storeColumns(const V16 (&y)[8], Vqc8u* pDst, int32_t dstStep) {
     }
 }
 
-// The corner kernel: the N columns of the first pass in scalar code, each
-// written as the row pass's input along the rows; the row pass on the rows
-// as lanes (its results fit 16 bits, so narrowing them is exact).
+// The inverse butterfly on four lines at once with the inputs from N on
+// zero, before the final rounding of its pass.
+template <int N>
+HWY_INLINE void cornerButterfly(const V32 (&in)[N], V32 (&y)[8]) {
+    const D32 d;
+    const V32 T = hn::ShiftLeft<15>(in[0]), zero = hn::Zero(d);
+    V32 U = T, V = T, W = T, X = T, G = zero, I = zero, H = zero, J = zero;
+    if constexpr (N >= 2) {
+        V32 A = zero, B = zero;
+        if constexpr (N >= 4) A = mulC(in[N - 1], 27246), B = mulC(in[N - 1], -18205);
+        const V32 C = mulC(in[1], 32139), D = mulC(in[1], 6393);
+        const V32 E = hn::Sub(C, A), F = hn::Sub(D, B);
+        H = hn::Add(E, F), J = hn::Sub(E, F);
+        G = mulC(hn::ShiftRight<12>(hn::Add(hn::Add(A, C), hn::Set(d, 2048))), 5793);
+        I = mulC(hn::ShiftRight<12>(hn::Add(hn::Add(B, D), hn::Set(d, 2048))), 5793);
+    }
+    if constexpr (N >= 4) {
+        const V32 S = mulC(in[N - 2], 17734), R = hn::Add(mulC(in[N - 2], 25080), S);
+        U = hn::Add(T, R), V = hn::Sub(T, R), W = hn::Add(T, S), X = hn::Sub(T, S);
+    }
+    y[0] = hn::Add(U, G), y[1] = hn::Add(W, H), y[2] = hn::Add(X, J), y[3] = hn::Add(V, I);
+    y[4] = hn::Sub(V, I), y[5] = hn::Sub(X, J), y[6] = hn::Sub(W, H), y[7] = hn::Sub(U, G);
+}
+
+// The corner kernel: the column pass on the first four columns as lanes
+// (the others are zero throughout), cut to 16 bits, transposed, and the row
+// pass on the rows as lanes, four at a time; its results fit 16 bits, so
+// narrowing them is exact.
 template <int N>
 void cornerVector(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u* pTable) {
-    Vqc16s coef[N][N], colOut[8][N];
-    for (int r = 0; r < N; ++r)
-        for (int c = 0; c < N; ++c) coef[r][c] = sat16s(int32_t(pSrc[8 * r + c]) * static_cast<Vqc16s>(pTable[8 * r + c]));
-    cornerLines<N, true>(coef, colOut);
-    alignas(16) int32_t in[N][8];  // input k of the row pass, one lane per row
-    for (int k = 0; k < N; ++k)
-        for (int r = 0; r < 8; ++r) in[k][r] = colOut[r][k];
     const D32 d;
-    V32 y[2][8];
+    const hn::Rebind<int16_t, D32> d16;
+    const Vqc16s* table = reinterpret_cast<const Vqc16s*>(pTable);  // read as signed
+    const auto corner = hn::FirstN(d, N);
+    const V32 lo = hn::Set(d, -32768), hi = hn::Set(d, 32767);
+    V32 coef[N], y[8];
+    for (int k = 0; k < N; ++k) {
+        const V32 p = hn::Mul(hn::PromoteTo(d, hn::LoadU(d16, pSrc + 8 * k)), hn::PromoteTo(d, hn::LoadU(d16, table + 8 * k)));
+        coef[k] = hn::IfThenElseZero(corner, hn::Min(hn::Max(p, lo), hi));
+    }
+    cornerButterfly<N>(coef, y);
+    for (auto& v : y) v = hn::ShiftRight<16>(hn::ShiftLeft<16>(descaleV<12>(v)));
+    transpose4(y[0], y[1], y[2], y[3]);  // y[c]: column c, rows 0-3
+    transpose4(y[4], y[5], y[6], y[7]);  // rows 4-7
+    V32 out[2][8];
     for (int h = 0; h < 2; ++h) {
-        const V32 T = hn::ShiftLeft<15>(hn::Load(d, in[0] + 4 * h)), zero = hn::Zero(d);
-        V32 U = T, V = T, W = T, X = T, G = zero, I = zero, H = zero, J = zero;
-        if constexpr (N >= 2) {
-            const V32 i1 = hn::Load(d, in[1] + 4 * h);
-            V32 A = zero, B = zero;
-            if constexpr (N >= 4) {
-                const V32 i3 = hn::Load(d, in[3 < N ? 3 : 0] + 4 * h);
-                A = mulC(i3, 27246), B = mulC(i3, -18205);
-            }
-            const V32 C = mulC(i1, 32139), D = mulC(i1, 6393);
-            const V32 E = hn::Sub(C, A), F = hn::Sub(D, B);
-            H = hn::Add(E, F), J = hn::Sub(E, F);
-            G = mulC(hn::ShiftRight<12>(hn::Add(hn::Add(A, C), hn::Set(d, 2048))), 5793);
-            I = mulC(hn::ShiftRight<12>(hn::Add(hn::Add(B, D), hn::Set(d, 2048))), 5793);
-        }
-        if constexpr (N >= 4) {
-            const V32 i2 = hn::Load(d, in[2 < N ? 2 : 0] + 4 * h);
-            const V32 S = mulC(i2, 17734), R = hn::Add(mulC(i2, 25080), S);
-            U = hn::Add(T, R), V = hn::Sub(T, R), W = hn::Add(T, S), X = hn::Sub(T, S);
-        }
-        const V32 out[8] = {hn::Add(U, G), hn::Add(W, H), hn::Add(X, J), hn::Add(V, I),
-                            hn::Sub(V, I), hn::Sub(X, J), hn::Sub(W, H), hn::Sub(U, G)};
-        for (int c = 0; c < 8; ++c) y[h][c] = descaleV<21>(out[c]);
+        V32 in[N];
+        for (int k = 0; k < N; ++k) in[k] = y[4 * h + k];
+        cornerButterfly<N>(in, out[h]);
     }
     V16 cols[8];
     const hn::Half<D16> dh;
-    for (int c = 0; c < 8; ++c) cols[c] = hn::Combine(D16(), hn::DemoteTo(dh, y[1][c]), hn::DemoteTo(dh, y[0][c]));
+    for (int c = 0; c < 8; ++c)
+        cols[c] = hn::Combine(D16(), hn::DemoteTo(dh, descaleV<21>(out[1][c])), hn::DemoteTo(dh, descaleV<21>(out[0][c])));
     storeColumns(cols, pDst, dstStep);
 }
 
