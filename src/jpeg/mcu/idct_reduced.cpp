@@ -216,12 +216,11 @@ void cornerVector(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u
     const D32 d;
     const hn::Rebind<int16_t, D32> d16;
     const Vqc16s* table = reinterpret_cast<const Vqc16s*>(pTable);  // read as signed
-    const auto corner = hn::FirstN(d, N);
     const V32 lo = hn::Set(d, -32768), hi = hn::Set(d, 32767);
     V32 coef[N], y[8];
     for (int k = 0; k < N; ++k) {
         const V32 p = hn::Mul(hn::PromoteTo(d, hn::LoadU(d16, pSrc + 8 * k)), hn::PromoteTo(d, hn::LoadU(d16, table + 8 * k)));
-        coef[k] = hn::IfThenElseZero(corner, hn::Min(hn::Max(p, lo), hi));
+        coef[k] = hn::Min(hn::Max(p, lo), hi);  // columns beyond N are never read back
     }
     cornerButterfly<N>(coef, y);
     for (auto& v : y) v = hn::ShiftRight<16>(hn::ShiftLeft<16>(descaleV<12>(v)));
