@@ -436,8 +436,10 @@ VQCJ_API VqcStatus vqciJoin422LS_MCU_16s8u_P3C2R(const Vqc16s* const pSrcMCU[3],
  * of libjpeg's reduced transforms (jpeg_idct_4x4, jpeg_idct_2x2): the product
  * of coefficient and table entry, both read as signed, exact in 32 bits, 13
  * fraction bits in the constants, 32-bit wrapping sums, and the final value
- * plus 128 saturated to 0..255. Equal to libjpeg's output for dequantised
- * coefficients below 1500 in magnitude, which every 8-bit encoder stays in.
+ * plus 128 saturated to 0..255. Equal to libjpeg's output whenever no sum
+ * leaves 32 bits (dequantised coefficients below 1500 in magnitude suffice)
+ * and the final value lies in -512..511, where libjpeg's range table
+ * saturates too: every block an 8-bit encoder writes.
  */
 VQCJ_API VqcStatus vqciDCTQuantInv8x8LS_1x1_JPEG_16s8u_C1R(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep,
                                                             const Vqc16u* pQuantInvTable);
