@@ -177,8 +177,19 @@ void mcuFwd(const void* pSrcV, int32_t srcStep, Vqc16s* const* pDst) {
     constexpr int H = kMcuH[S], V = kMcuV[S], L = (H - 1) + (V - 1);
     using Elem = typename Src::Elem;
     Elem* pSrc = static_cast<Elem*>(pSrcV);
-    if constexpr (std::is_same_v<Src, McuSrcPairs>) {  // not worth a vector body
-        ownMcuFwdPlain<Src, Arith, H, V, Ink>(pSrc, srcStep, pDst);
+    if constexpr (std::is_same_v<Src, McuSrcPairs>) {
+        // Y0 Cb Y1 Cr: eight pairs a vector; the Y of a row re-interleaved.
+        const D8 d8;
+        const D16 d;
+        const auto k128 = hn::Set(d, 128);
+        for (int y = 0; y < 8; ++y) {
+            hn::Vec<D8> y0, cb, y1, cr;
+            hn::LoadInterleaved4(d8, rowAt(pSrc, srcStep, y), y0, cb, y1, cr);
+            hn::StoreU(hn::Sub(widen(hn::InterleaveLower(d8, y0, y1)), k128), d, pDst[0] + 8 * y);
+            hn::StoreU(hn::Sub(widen(hn::InterleaveUpper(d8, y0, y1)), k128), d, pDst[0] + 64 + 8 * y);
+            hn::StoreU(hn::Sub(widen(cb), k128), d, pDst[1] + 8 * y);
+            hn::StoreU(hn::Sub(widen(cr), k128), d, pDst[2] + 8 * y);
+        }
     } else {
         const D16 d;
         const auto k128 = hn::Set(d, 128);
@@ -268,8 +279,16 @@ void mcuInv(const Vqc16s* const* pSrc, void* pDstV, int32_t dstStep) {
     constexpr int H = kMcuH[S], V = kMcuV[S];
     using Elem = typename Dst::Elem;
     Elem* pDst = static_cast<Elem*>(pDstV);
-    if constexpr (std::is_same_v<Dst, McuDstPairs>) {  // not worth a vector body
-        ownMcuInvPlain<Arith, Dst, H, V, Ink>(pSrc, pDst, dstStep);
+    if constexpr (std::is_same_v<Dst, McuDstPairs>) {
+        // The even and odd pixels of a row become Y0 and Y1 of the pairs.
+        const D8 d8;
+        const D16 d;
+        for (int y = 0; y < 8; ++y) {
+            const V16 left = loadByte(pSrc[0] + 8 * y), right = loadByte(pSrc[0] + 64 + 8 * y);
+            hn::StoreInterleaved4(hn::DemoteTo(d8, hn::ConcatEven(d, right, left)), hn::DemoteTo(d8, loadByte(pSrc[1] + 8 * y)),
+                                  hn::DemoteTo(d8, hn::ConcatOdd(d, right, left)), hn::DemoteTo(d8, loadByte(pSrc[2] + 8 * y)),
+                                  d8, rowAt(pDst, dstStep, y));
+        }
     } else {
         const D16 d;
         constexpr int kBpp = sizeof(Elem) == 2 ? 1 : Ink ? 4 : 3;
