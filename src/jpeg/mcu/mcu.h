@@ -15,6 +15,7 @@
 #include <vqcj.h>
 
 #include <cstdint>
+#include <type_traits>
 
 #include "frame/rows.h"
 #include "frame/wrap.h"
@@ -75,16 +76,21 @@ template <class Src, class Arith, int H, int V, bool Ink = false>
 void ownMcuFwdPlain(typename Src::Elem* pSrc, int32_t srcStep, Vqc16s* const* pDst) {
     constexpr int W = 8 * H, L = (H - 1) + (V - 1);
     Vqc16s* __restrict yb = pDst[0];
-    Block t;
+    Block t[V];  // one per row: the two loads of a chroma row use separate buffers (faster)
     for (int cy = 0; cy < 8; ++cy) {
         int32_t sa[8] = {}, sb[8] = {}, sc[8] = {};
         for (int dy = 0; dy < V; ++dy) {
             const int y = V * cy + dy;
             typename Src::Elem* row = rowAt(pSrc, srcStep, y);
-            const BlockPtrs p = Src::load(&row, 0, W, t);
-            for (int x = 0; x < W; ++x) yb[ownMcuLumaAt<H>(x, y)] = Arith::luma(p.a[x], p.b[x], p.c[x]);
-            if constexpr (Ink)
-                for (int x = 0; x < W; ++x) pDst[3][ownMcuLumaAt<H>(x, y)] = static_cast<Vqc16s>(p.k[x] - 128);
+            const BlockPtrs p = Src::load(&row, 0, W, t[dy]);
+            // Block by block, so that each run of 8 is contiguous.
+            for (int bx = 0; bx < H; ++bx) {
+                Vqc16s* __restrict yr = yb + ownMcuLumaAt<H>(8 * bx, y);
+                for (int x = 0; x < 8; ++x) yr[x] = Arith::luma(p.a[8 * bx + x], p.b[8 * bx + x], p.c[8 * bx + x]);
+                if constexpr (Ink)
+                    for (int x = 0; x < 8; ++x)
+                        pDst[3][ownMcuLumaAt<H>(8 * bx, y) + x] = static_cast<Vqc16s>(p.k[8 * bx + x] - 128);
+            }
             for (int x = 0; x < W; ++x) sa[x / H] += p.a[x], sb[x / H] += p.b[x], sc[x / H] += p.c[x];
         }
         for (int cx = 0; cx < 8; ++cx) {
@@ -129,17 +135,30 @@ void ownMcuInvPlain(const Vqc16s* const* pSrc, typename Dst::Elem* pDst, int32_t
     constexpr int W = 8 * H;
     Block t;
     alignas(16) Vqc8u k[W];
-    for (int y = 0; y < 8 * V; ++y) {
-        const int cy = y / V;
-        for (int x = 0; x < W; ++x) {
-            const int c = cy * 8 + x / H;
-            Arith::pixel(ownMcuByte(pSrc[0][ownMcuLumaAt<H>(x, y)]), ownMcuByte(pSrc[1][c]), ownMcuByte(pSrc[2][c]),
-                         t.v[0][x], t.v[1][x], t.v[2][x]);
+    for (int cy = 0; cy < 8; ++cy) {
+        // The chroma terms once per sample, for all the pixels it covers.
+        int32_t dr[8], dg[8], db[8];
+        uint8_t cb[8], cr[8];
+        for (int c = 0; c < 8; ++c) {
+            cb[c] = ownMcuByte(pSrc[1][8 * cy + c]), cr[c] = ownMcuByte(pSrc[2][8 * cy + c]);
+            if constexpr (std::is_same_v<Arith, InvMul>) Arith::terms(cb[c], cr[c], dr[c], dg[c], db[c]);
         }
-        if constexpr (Ink)
-            for (int x = 0; x < W; ++x) k[x] = ownMcuByte(pSrc[3][ownMcuLumaAt<H>(x, y)]);
-        typename Dst::Elem* row = rowAt(pDst, dstStep, y);
-        Dst::store(&row, 0, W, t, k, 0);
+        for (int dy = 0; dy < V; ++dy) {
+            const int y = V * cy + dy;
+            for (int x = 0; x < W; ++x) {
+                const int16_t luma = ownMcuByte(pSrc[0][ownMcuLumaAt<H>(x, y)]);
+                if constexpr (std::is_same_v<Arith, InvMul>) {
+                    t.v[0][x] = sat8u(luma + dr[x / H]), t.v[1][x] = sat8u(luma + dg[x / H]);
+                    t.v[2][x] = sat8u(luma + db[x / H]);
+                } else {
+                    Arith::pixel(luma, cb[x / H], cr[x / H], t.v[0][x], t.v[1][x], t.v[2][x]);
+                }
+            }
+            if constexpr (Ink)
+                for (int x = 0; x < W; ++x) k[x] = ownMcuByte(pSrc[3][ownMcuLumaAt<H>(x, y)]);
+            typename Dst::Elem* row = rowAt(pDst, dstStep, y);
+            Dst::store(&row, 0, W, t, k, 0);
+        }
     }
 }
 
