@@ -134,26 +134,19 @@ template <class Arith, class Dst, int H, int V, bool Ink = false>
 void ownMcuInvPlain(const Vqc16s* const* pSrc, typename Dst::Elem* pDst, int32_t dstStep) {
     constexpr int W = 8 * H;
     Block t;
-    alignas(16) Vqc8u k[W];
+    alignas(16) Vqc8u luma[W], cb[8], cr[8], k[W];
     for (int cy = 0; cy < 8; ++cy) {
-        // The chroma terms once per sample, for all the pixels it covers.
-        int32_t dr[8], dg[8], db[8];
-        uint8_t cb[8], cr[8];
-        for (int c = 0; c < 8; ++c) {
-            cb[c] = ownMcuByte(pSrc[1][8 * cy + c]), cr[c] = ownMcuByte(pSrc[2][8 * cy + c]);
-            if constexpr (std::is_same_v<Arith, InvMul>) Arith::terms(cb[c], cr[c], dr[c], dg[c], db[c]);
-        }
+        for (int c = 0; c < 8; ++c) cb[c] = ownMcuByte(pSrc[1][8 * cy + c]), cr[c] = ownMcuByte(pSrc[2][8 * cy + c]);
         for (int dy = 0; dy < V; ++dy) {
             const int y = V * cy + dy;
-            for (int x = 0; x < W; ++x) {
-                const int16_t luma = ownMcuByte(pSrc[0][ownMcuLumaAt<H>(x, y)]);
-                if constexpr (std::is_same_v<Arith, InvMul>) {
-                    t.v[0][x] = sat8u(luma + dr[x / H]), t.v[1][x] = sat8u(luma + dg[x / H]);
-                    t.v[2][x] = sat8u(luma + db[x / H]);
-                } else {
-                    Arith::pixel(luma, cb[x / H], cr[x / H], t.v[0][x], t.v[1][x], t.v[2][x]);
-                }
-            }
+            for (int x = 0; x < W; ++x) luma[x] = ownMcuByte(pSrc[0][ownMcuLumaAt<H>(x, y)]);
+            // The colour family's row kernels: chroma terms once per sample.
+            if constexpr (std::is_same_v<Arith, InvMul> && H == 2)
+                ownInvKernelPairs<Arith>(luma, cb, cr, t.v[0], t.v[1], t.v[2], 8);
+            else if constexpr (std::is_same_v<Arith, InvMul>)
+                ownInvKernel<Arith>(luma, cb, cr, t.v[0], t.v[1], t.v[2], 8);
+            else
+                for (int x = 0; x < W; ++x) Arith::pixel(luma[x], cb[x / H], cr[x / H], t.v[0][x], t.v[1][x], t.v[2][x]);
             if constexpr (Ink)
                 for (int x = 0; x < W; ++x) k[x] = ownMcuByte(pSrc[3][ownMcuLumaAt<H>(x, y)]);
             typename Dst::Elem* row = rowAt(pDst, dstStep, y);
