@@ -11,6 +11,7 @@
 #include "frame/check.h"
 #include "frame/rows.h"
 #include "frame/simd.h"
+#include "frame/simdblock.h"
 #include "frame/wrap.h"
 
 #ifndef VQCJ_IDCT_REDUCED_ONCE
@@ -157,15 +158,6 @@ HWY_INLINE V32 descaleV(V32 v) {
     return hn::ShiftRight<Shift>(hn::Add(v, hn::Set(D32(), 1 << (Shift - 1))));
 }
 
-// Transposes the 4x4 block held in four vectors.
-HWY_INLINE void transpose4(V32& a, V32& b, V32& c, V32& d) {
-    const hn::Repartition<int64_t, D32> d64;
-    const auto ab0 = hn::BitCast(d64, hn::InterleaveLower(D32(), a, b)), ab1 = hn::BitCast(d64, hn::InterleaveUpper(D32(), a, b));
-    const auto cd0 = hn::BitCast(d64, hn::InterleaveLower(D32(), c, d)), cd1 = hn::BitCast(d64, hn::InterleaveUpper(D32(), c, d));
-    a = hn::BitCast(D32(), hn::InterleaveLower(d64, ab0, cd0)), b = hn::BitCast(D32(), hn::InterleaveUpper(d64, ab0, cd0));
-    c = hn::BitCast(D32(), hn::InterleaveLower(d64, ab1, cd1)), d = hn::BitCast(D32(), hn::InterleaveUpper(d64, ab1, cd1));
-}
-
 // Row r of the result is lane r of the eight vectors (one per column):
 // transposed to rows, level-shifted and saturated to bytes.
 HWY_INLINE void storeColumns(const V16 (&y)[8], Vqc8u* pDst, int32_t dstStep) {
@@ -229,8 +221,8 @@ void cornerVector(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u
     }
     cornerButterfly<N>(coef, y);
     for (auto& v : y) v = hn::ShiftRight<16>(hn::ShiftLeft<16>(descaleV<12>(v)));
-    transpose4(y[0], y[1], y[2], y[3]);  // y[c]: column c, rows 0-3
-    transpose4(y[4], y[5], y[6], y[7]);  // rows 4-7
+    Transpose4x4(D32(), y[0], y[1], y[2], y[3]);  // y[c]: column c, rows 0-3
+    Transpose4x4(D32(), y[4], y[5], y[6], y[7]);  // rows 4-7
     V32 out[2][8];
     for (int h = 0; h < 2; ++h) {
         V32 in[N];
@@ -279,11 +271,11 @@ void scaledVector(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc16u
     if constexpr (M == 4) {
         // Input k of row r is column k of ws: transpose both 4x4 halves.
         V32 z[8] = {ws[0][0], ws[0][1], ws[0][2], ws[0][3], ws[1][0], ws[1][1], ws[1][2], ws[1][3]};
-        transpose4(z[0], z[1], z[2], z[3]);
-        transpose4(z[4], z[5], z[6], z[7]);
+        Transpose4x4(D32(), z[0], z[1], z[2], z[3]);
+        Transpose4x4(D32(), z[4], z[5], z[6], z[7]);
         V32 out[4];
         scaledLine<4, 19>(z, out);  // out[c]: column c of the four rows
-        transpose4(out[0], out[1], out[2], out[3]);
+        Transpose4x4(D32(), out[0], out[1], out[2], out[3]);
         const hn::Rebind<uint8_t, D32> d8;
         for (int r = 0; r < 4; ++r)
             hn::StoreU(hn::DemoteTo(d8, hn::Add(out[r], hn::Set(d, 128))), d8, rowAt(pDst, dstStep, r));
