@@ -1,0 +1,114 @@
+// BC4, BC5 and YCoCg-in-DXT5 encoders. BC4 and BC5 are the value block of
+// the DXT5 encoder, per channel. The YCoCg block stretches its chroma by 1,
+// 2 or 4 to use the whole 5:6:5 range, keeps that scale in the blue field,
+// and turns the colour line onto the chroma box's other diagonal when most
+// pixels lie across it.
+#include <vqcj.h>
+
+#include "frame/check.h"
+#include "texture/blockenc.h"
+
+namespace vqcj {
+
+namespace {
+
+void ownEncodeBlockBC4(const uint8_t* px, uint8_t* out) { ownEncodeValueBlock(px, 1, out); }
+
+void ownEncodeBlockBC5(const uint8_t* px, uint8_t* out) {
+    ownEncodeValueBlock(px, 2, out);
+    ownEncodeValueBlock(px + 1, 2, out + 8);
+}
+
+void ownEncodeBlockYCoCg(const uint8_t* src, uint8_t* out) {
+    uint8_t px[48];
+    std::memcpy(px, src, 48);
+    int32_t mn[3] = {255, 255, 255}, mx[3] = {0, 0, 0};
+    for (int i = 0; i < 16; ++i)
+        for (int c = 0; c < 3; ++c) {
+            const int32_t v = px[3 * i + c];
+            mn[c] = v < mn[c] ? v : mn[c];
+            mx[c] = v > mx[c] ? v : mx[c];
+        }
+    int32_t m = 0;
+    for (int c = 1; c < 3; ++c) {
+        const int32_t a = mx[c] - 128 < 0 ? 128 - mx[c] : mx[c] - 128;
+        const int32_t b = mn[c] - 128 < 0 ? 128 - mn[c] : mn[c] - 128;
+        m = a > m ? a : m;
+        m = b > m ? b : m;
+    }
+    const int32_t s = m < 32 ? 4 : m < 64 ? 2 : 1;
+    auto scale = [s](int32_t v) { return (s * (v - 128) + 128) & 255; };
+    for (int i = 0; i < 16; ++i)
+        for (int c = 1; c < 3; ++c) px[3 * i + c] = uint8_t(scale(px[3 * i + c]));
+    // Inset with four fractional bits; the low corner is not clamped at 0,
+    // so a negative sum wraps and expands to 255.
+    uint32_t hi[3], lo[3];
+    const uint32_t keep[3] = {0, 0xF8, 0xFC}, down[3] = {0, 5, 6};
+    for (int c = 1; c < 3; ++c) {
+        const int32_t smx = scale(mx[c]), smn = scale(mn[c]);
+        const int32_t inset = (smx - smn) - 7;
+        int32_t h = ((smx << 4) - inset) >> 4;
+        h = h > 255 ? 255 : h;
+        const uint32_t l = (uint32_t(smn << 4) + uint32_t(inset)) >> 4 & 255;
+        hi[c] = (uint32_t(h) & keep[c]) | (uint32_t(h) >> down[c]);
+        lo[c] = (l & keep[c]) | (l >> down[c]);
+    }
+    const uint32_t midCo = (hi[1] + lo[1] + 1) >> 1, midCg = (hi[2] + lo[2] + 1) >> 1;
+    int32_t across = 0;
+    for (int i = 0; i < 16; ++i) across += (px[3 * i + 1] >= midCo) != (px[3 * i + 2] >= midCg);
+    if (across > 8) {
+        const uint32_t t = hi[2];
+        hi[2] = lo[2], lo[2] = t;
+    }
+    // Luma keeps its exact extremes: no inset here.
+    ownValueBlockWith(uint32_t(mx[0]), uint32_t(mn[0]), px, 3, out);
+    const uint32_t c0 = ((hi[1] >> 3) << 11) | ((hi[2] >> 2) << 5) | uint32_t(s - 1);
+    const uint32_t c1 = ((lo[1] >> 3) << 11) | ((lo[2] >> 2) << 5) | uint32_t(s - 1);
+    int32_t pal[4][2];
+    for (int c = 0; c < 2; ++c) {
+        const int32_t a = int32_t(c == 0 ? expand5(c0 >> 11) : expand6((c0 >> 5) & 63));
+        const int32_t b = int32_t(c == 0 ? expand5(c1 >> 11) : expand6((c1 >> 5) & 63));
+        pal[0][c] = a, pal[1][c] = b, pal[2][c] = (2 * a + b) / 3, pal[3][c] = (a + 2 * b) / 3;
+    }
+    uint32_t idx = 0;
+    for (int i = 0; i < 16; ++i) {
+        int32_t d[4];
+        for (int k = 0; k < 4; ++k) {
+            const int32_t e0 = px[3 * i + 1] - pal[k][0], e1 = px[3 * i + 2] - pal[k][1];
+            d[k] = (e0 < 0 ? -e0 : e0) + (e1 < 0 ? -e1 : e1);
+        }
+        idx |= ownColourIndex(d[0], d[1], d[2], d[3]) << (2 * i);
+    }
+    st16(out + 8, c0), st16(out + 10, c1), st32(out + 12, idx);
+}
+
+}  // namespace
+
+}  // namespace vqcj
+
+using namespace vqcj;
+
+extern "C" {
+
+VQCJ_API VqcStatus vqciTextureEncodeBlock_BC4_8u_C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
+                                                     Vqc8u* pDst) {
+    if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).fail(srcStep == 0, vqcStatusBadStep).roi(srcRoi)) return st;
+    ownEncodeWalk<8, 1>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, ownEncodeBlockBC4);
+    return vqcStatusOk;
+}
+
+VQCJ_API VqcStatus vqciTextureEncodeBlockFromRG_BC5_8u_C2C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
+                                                             Vqc8u* pDst) {
+    if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).fail(srcStep == 0, vqcStatusBadStep).roi(srcRoi)) return st;
+    ownEncodeWalk<16, 2>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, ownEncodeBlockBC5);
+    return vqcStatusOk;
+}
+
+VQCJ_API VqcStatus vqciTextureEncodeBlockFromYCoCg_DXT5_8u_C3C1R(const Vqc8u* pSrc, uint32_t srcStep,
+                                                                 VqciSize srcRoi, Vqc8u* pDst) {
+    if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).fail(srcStep == 0, vqcStatusBadStep).roi(srcRoi)) return st;
+    ownEncodeWalk<16, 3>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, ownEncodeBlockYCoCg);
+    return vqcStatusOk;
+}
+
+}  // extern "C"

@@ -1,0 +1,54 @@
+// The fast encoders' shared block pieces: the interpolated value block with
+// its truncated thresholds, and the colour index by comparisons only.
+#pragma once
+
+#include <cstdint>
+
+#include "texture/texture.h"
+
+namespace vqcj {
+
+// Index from the four L1 distances. This is not "the least distance": it is
+// a fixed mesh of strict comparisons, which settles ties its own way and
+// needs neither branch nor loop. Four equal distances give 0.
+constexpr uint32_t ownColourIndex(int32_t d0, int32_t d1, int32_t d2, int32_t d3) {
+    const uint32_t b0 = uint32_t(d0 > d3) & uint32_t(d2 > d3);
+    const uint32_t b1 = (uint32_t(d0 > d2) & uint32_t(d1 > d2)) | (uint32_t(d0 > d3) & uint32_t(d1 > d3));
+    return b0 | b1 << 1;
+}
+
+// Value block with the given endpoints (a0 = hi >= a1 = lo): the seven
+// thresholds are truncated midpoints, not the decoder's rounded table, and
+// each value's index is the number of thresholds at or above it, rotated so
+// that 0 and 7 land on the endpoints.
+inline void ownValueBlockWith(uint32_t hi, uint32_t lo, const uint8_t* v, int stride, uint8_t* out) {
+    const uint32_t mid = (hi - lo) / 14;
+    uint8_t t[7];
+    t[0] = uint8_t(lo + mid);
+    for (uint32_t k = 1; k < 7; ++k) t[k] = uint8_t(((7 - k) * hi + k * lo) / 7 + mid);
+    uint64_t bits = 0;
+    for (int i = 0; i < 16; ++i) {
+        const uint32_t a = v[stride * i];
+        uint32_t count = 0;
+        for (int k = 0; k < 7; ++k) count += uint32_t(a <= t[k]);
+        uint32_t idx = (count + 1) & 7;
+        idx ^= uint32_t(idx < 2);
+        bits |= uint64_t(idx) << (3 * i);
+    }
+    out[0] = uint8_t(hi), out[1] = uint8_t(lo);
+    for (int k = 0; k < 6; ++k) out[2 + k] = uint8_t(bits >> (8 * k));
+}
+
+// Value block of one channel of 16 pixels, with its range inset by 1/16.
+inline void ownEncodeValueBlock(const uint8_t* v, int stride, uint8_t* out) {
+    uint32_t mn = 255, mx = 0;
+    for (int i = 0; i < 16; ++i) {
+        const uint32_t a = v[stride * i];
+        mn = a < mn ? a : mn;
+        mx = a > mx ? a : mx;
+    }
+    const uint32_t inset = (mx - mn) >> 4;
+    ownValueBlockWith(mx - inset, mn + inset, v, stride, out);
+}
+
+}  // namespace vqcj
