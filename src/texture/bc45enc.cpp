@@ -70,16 +70,16 @@ void ownEncodeBlockYCoCg(const uint8_t* src, uint8_t* out) {
         const int32_t b = int32_t(c == 0 ? expand5(c1 >> 11) : expand6((c1 >> 5) & 63));
         pal[0][c] = a, pal[1][c] = b, pal[2][c] = (2 * a + b) / 3, pal[3][c] = (a + 2 * b) / 3;
     }
-    uint32_t idx = 0;
+    alignas(16) uint8_t idx[16];
     for (int i = 0; i < 16; ++i) {
         int32_t d[4];
         for (int k = 0; k < 4; ++k) {
             const int32_t e0 = px[3 * i + 1] - pal[k][0], e1 = px[3 * i + 2] - pal[k][1];
             d[k] = (e0 < 0 ? -e0 : e0) + (e1 < 0 ? -e1 : e1);
         }
-        idx |= ownColourIndex(d[0], d[1], d[2], d[3]) << (2 * i);
+        idx[i] = uint8_t(ownColourIndex(d[0], d[1], d[2], d[3]));
     }
-    st16(out + 8, c0), st16(out + 10, c1), st32(out + 12, idx);
+    st16(out + 8, c0), st16(out + 10, c1), st32(out + 12, ownPack2(idx));
 }
 
 }  // namespace

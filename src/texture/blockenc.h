@@ -26,28 +26,28 @@ inline void ownValueBlockWith(uint32_t hi, uint32_t lo, const uint8_t* v, int st
     uint8_t t[7];
     t[0] = uint8_t(lo + mid);
     for (uint32_t k = 1; k < 7; ++k) t[k] = uint8_t(((7 - k) * hi + k * lo) / 7 + mid);
-    uint64_t bits = 0;
+    alignas(16) uint8_t a[16], count[16] = {};
+    for (int i = 0; i < 16; ++i) a[i] = v[stride * i];
+    for (int k = 0; k < 7; ++k)
+        for (int i = 0; i < 16; ++i) count[i] = uint8_t(count[i] + (a[i] <= t[k]));
+    alignas(16) uint8_t idx[16];
     for (int i = 0; i < 16; ++i) {
-        const uint32_t a = v[stride * i];
-        uint32_t count = 0;
-        for (int k = 0; k < 7; ++k) count += uint32_t(a <= t[k]);
-        uint32_t idx = (count + 1) & 7;
-        idx ^= uint32_t(idx < 2);
-        bits |= uint64_t(idx) << (3 * i);
+        const uint8_t k = uint8_t((count[i] + 1) & 7);
+        idx[i] = uint8_t(k ^ (k < 2));
     }
+    const uint64_t bits = ownPack3(idx);
     out[0] = uint8_t(hi), out[1] = uint8_t(lo);
     for (int k = 0; k < 6; ++k) out[2 + k] = uint8_t(bits >> (8 * k));
 }
 
 // Value block of one channel of 16 pixels, with its range inset by 1/16.
 inline void ownEncodeValueBlock(const uint8_t* v, int stride, uint8_t* out) {
-    uint32_t mn = 255, mx = 0;
+    uint8_t mn = 255, mx = 0;
     for (int i = 0; i < 16; ++i) {
-        const uint32_t a = v[stride * i];
-        mn = a < mn ? a : mn;
-        mx = a > mx ? a : mx;
+        mn = v[stride * i] < mn ? v[stride * i] : mn;
+        mx = v[stride * i] > mx ? v[stride * i] : mx;
     }
-    const uint32_t inset = (mx - mn) >> 4;
+    const uint32_t inset = uint32_t(mx - mn) >> 4;
     ownValueBlockWith(mx - inset, mn + inset, v, stride, out);
 }
 

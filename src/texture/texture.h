@@ -29,6 +29,31 @@ inline void st64(uint8_t* p, uint64_t v) { std::memcpy(p, &v, 8); }
 constexpr uint32_t expand5(uint32_t f) { return (f << 3) | (f >> 2); }
 constexpr uint32_t expand6(uint32_t f) { return (f << 2) | (f >> 4); }
 
+// Sixteen 2-bit or 3-bit indices, one a byte, packed texel 0 lowest: the
+// fields are merged pairwise inside 64-bit words instead of one at a time.
+inline uint32_t ownPack2(const uint8_t idx[16]) {
+    uint32_t out = 0;
+    for (int h = 0; h < 2; ++h) {
+        uint64_t x = ld64(idx + 8 * h);
+        x = (x | (x >> 6)) & 0x000F000F000F000Full;
+        x = (x | (x >> 12)) & 0x000000FF000000FFull;
+        x = (x | (x >> 24)) & 0xFFFF;
+        out |= uint32_t(x) << (16 * h);
+    }
+    return out;
+}
+inline uint64_t ownPack3(const uint8_t idx[16]) {
+    uint64_t out = 0;
+    for (int h = 0; h < 2; ++h) {
+        uint64_t x = ld64(idx + 8 * h);
+        x = (x | (x >> 5)) & 0x003F003F003F003Full;
+        x = (x | (x >> 10)) & 0x00000FFF00000FFFull;
+        x = (x | (x >> 20)) & 0xFFFFFF;
+        out |= x << (24 * h);
+    }
+    return out;
+}
+
 // The 8-entry value table of DXT5 alpha, BC4 and each half of BC5. Entries
 // are rounded here, unlike the encoder's thresholds.
 inline void ownValueTable(uint32_t a0, uint32_t a1, uint8_t t[8]) {
