@@ -93,21 +93,21 @@ extern "C" {
 VQCJ_API VqcStatus vqciTextureEncodeBlock_BC4_8u_C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
                                                      Vqc8u* pDst) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).fail(srcStep == 0, vqcStatusBadStep).roi(srcRoi)) return st;
-    ownEncodeWalk<8, 1>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, ownEncodeBlockBC4);
+    ownEncodeWalk<8, 1>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockBC4(px, o); });
     return vqcStatusOk;
 }
 
 VQCJ_API VqcStatus vqciTextureEncodeBlockFromRG_BC5_8u_C2C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
                                                              Vqc8u* pDst) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).fail(srcStep == 0, vqcStatusBadStep).roi(srcRoi)) return st;
-    ownEncodeWalk<16, 2>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, ownEncodeBlockBC5);
+    ownEncodeWalk<16, 2>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockBC5(px, o); });
     return vqcStatusOk;
 }
 
 VQCJ_API VqcStatus vqciTextureEncodeBlockFromYCoCg_DXT5_8u_C3C1R(const Vqc8u* pSrc, uint32_t srcStep,
                                                                  VqciSize srcRoi, Vqc8u* pDst) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).fail(srcStep == 0, vqcStatusBadStep).roi(srcRoi)) return st;
-    ownEncodeWalk<16, 3>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, ownEncodeBlockYCoCg);
+    ownEncodeWalk<16, 3>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockYCoCg(px, o); });
     return vqcStatusOk;
 }
 

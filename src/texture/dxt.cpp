@@ -60,8 +60,10 @@ void ownDecodeBlockDXT3(const uint8_t* b, uint8_t* out) {
     uint32_t pal[4], px[16];
     colourPalette(b + 8, false, pal);
     colourTexels(b + 8, pal, px);
-    const uint64_t a = ld64(b);
-    for (int i = 0; i < 16; ++i) px[i] = (px[i] & 0x00FFFFFFu) | uint32_t((a >> (4 * i)) & 15) << 28;
+    for (int j = 0; j < 8; ++j) {
+        px[2 * j] = (px[2 * j] & 0x00FFFFFFu) | uint32_t(b[j] & 15) << 28;
+        px[2 * j + 1] = (px[2 * j + 1] & 0x00FFFFFFu) | uint32_t(b[j] >> 4) << 28;
+    }
     std::memcpy(out, px, 64);
 }
 
@@ -97,35 +99,35 @@ extern "C" {
 VQCJ_API VqcStatus vqciTextureDecodeBlockToRGBA_DXT1_8u_C1C4R(const Vqc8u* pSrc, Vqc8u* pDst, uint32_t dstStep,
                                                               VqciSize dstRoi) {
     if (VqcStatus st = checkDecode(pSrc, pDst, dstStep, dstRoi)) return st;
-    ownDecodeWalk<8, 4>(pSrc, pDst, dstStep, dstRoi.width, dstRoi.height, ownDecodeBlockDXT1);
+    ownDecodeWalk<8, 4>(pSrc, pDst, dstStep, dstRoi.width, dstRoi.height, [](const uint8_t* b, uint8_t* o) { ownDecodeBlockDXT1(b, o); });
     return vqcStatusOk;
 }
 
 VQCJ_API VqcStatus vqciTextureDecodeBlockToRGBA_DXT3_8u_C1C4R(const Vqc8u* pSrc, Vqc8u* pDst, uint32_t dstStep,
                                                               VqciSize dstRoi) {
     if (VqcStatus st = checkDecode(pSrc, pDst, dstStep, dstRoi)) return st;
-    ownDecodeWalk<16, 4>(pSrc, pDst, dstStep, dstRoi.width, dstRoi.height, ownDecodeBlockDXT3);
+    ownDecodeWalk<16, 4>(pSrc, pDst, dstStep, dstRoi.width, dstRoi.height, [](const uint8_t* b, uint8_t* o) { ownDecodeBlockDXT3(b, o); });
     return vqcStatusOk;
 }
 
 VQCJ_API VqcStatus vqciTextureDecodeBlockToRGBA_DXT5_8u_C1C4R(const Vqc8u* pSrc, Vqc8u* pDst, uint32_t dstStep,
                                                               VqciSize dstRoi) {
     if (VqcStatus st = checkDecode(pSrc, pDst, dstStep, dstRoi)) return st;
-    ownDecodeWalk<16, 4>(pSrc, pDst, dstStep, dstRoi.width, dstRoi.height, ownDecodeBlockDXT5);
+    ownDecodeWalk<16, 4>(pSrc, pDst, dstStep, dstRoi.width, dstRoi.height, [](const uint8_t* b, uint8_t* o) { ownDecodeBlockDXT5(b, o); });
     return vqcStatusOk;
 }
 
 VQCJ_API VqcStatus vqciTextureDecodeBlock_BC4_8u_C1R(const Vqc8u* pSrc, Vqc8u* pDst, uint32_t dstStep,
                                                      VqciSize dstRoi) {
     if (VqcStatus st = checkDecode(pSrc, pDst, dstStep, dstRoi)) return st;
-    ownDecodeWalk<8, 1>(pSrc, pDst, dstStep, dstRoi.width, dstRoi.height, ownDecodeBlockBC4);
+    ownDecodeWalk<8, 1>(pSrc, pDst, dstStep, dstRoi.width, dstRoi.height, [](const uint8_t* b, uint8_t* o) { ownDecodeBlockBC4(b, o); });
     return vqcStatusOk;
 }
 
 VQCJ_API VqcStatus vqciTextureDecodeBlockToRG_BC5_8u_C1C2R(const Vqc8u* pSrc, Vqc8u* pDst, uint32_t dstStep,
                                                            VqciSize dstRoi) {
     if (VqcStatus st = checkDecode(pSrc, pDst, dstStep, dstRoi)) return st;
-    ownDecodeWalk<16, 2>(pSrc, pDst, dstStep, dstRoi.width, dstRoi.height, ownDecodeBlockBC5);
+    ownDecodeWalk<16, 2>(pSrc, pDst, dstStep, dstRoi.width, dstRoi.height, [](const uint8_t* b, uint8_t* o) { ownDecodeBlockBC5(b, o); });
     return vqcStatusOk;
 }
 

@@ -75,21 +75,21 @@ extern "C" {
 VQCJ_API VqcStatus vqciTextureEncodeBlockFromRGBA_DXT1_8u_C4C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
                                                                 Vqc8u* pDst) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).fail(srcStep == 0, vqcStatusBadStep).roi(srcRoi)) return st;
-    ownEncodeWalk<8, 4>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, ownEncodeBlockDXT1);
+    ownEncodeWalk<8, 4>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockDXT1(px, o); });
     return vqcStatusOk;
 }
 
 VQCJ_API VqcStatus vqciTextureEncodeBlockFromRGBA_DXT3_8u_C4C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
                                                                 Vqc8u* pDst) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).fail(srcStep == 0, vqcStatusBadStep).roi(srcRoi)) return st;
-    ownEncodeWalk<16, 4>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, ownEncodeBlockDXT3);
+    ownEncodeWalk<16, 4>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockDXT3(px, o); });
     return vqcStatusOk;
 }
 
 VQCJ_API VqcStatus vqciTextureEncodeBlockFromRGBA_DXT5_8u_C4C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
                                                                 Vqc8u* pDst) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).fail(srcStep == 0, vqcStatusBadStep).roi(srcRoi)) return st;
-    ownEncodeWalk<16, 4>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, ownEncodeBlockDXT5);
+    ownEncodeWalk<16, 4>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockDXT5(px, o); });
     return vqcStatusOk;
 }
 
