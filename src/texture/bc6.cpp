@@ -97,8 +97,11 @@ int32_t ownBC6UnquantizeU(int32_t v, int prec) {
 void ownBC6PaletteS(int32_t e0, int32_t e1, const uint8_t* w, int n, uint16_t* pal) {
     for (int k = 0; k < n; ++k) {
         const int32_t t = addW(addW(mulW(subW(e1, e0), w[k]), mulW(e0, 64)), 32) >> 6;
-        const int32_t u = t < 0 ? -(mulW(-t, 31) >> 5) : mulW(t, 31) >> 5;
-        pal[k] = uint16_t(u < 0 ? uint32_t(-u) + 0x8000u : uint32_t(u));
+        // Sign and magnitude without a branch: a magnitude that rounds to 0
+        // carries no sign.
+        const uint32_t neg = uint32_t(t < 0);
+        const uint32_t mag = (uint32_t(t < 0 ? -t : t) * 31) >> 5;
+        pal[k] = uint16_t(mag + ((neg & uint32_t(mag != 0)) << 15));
     }
 }
 
