@@ -64,22 +64,12 @@ void ownEncodeBlockYCoCg(const uint8_t* src, uint8_t* out) {
     ownValueBlockWith(uint32_t(mx[0]), uint32_t(mn[0]), px, 3, out);
     const uint32_t c0 = ((hi[1] >> 3) << 11) | ((hi[2] >> 2) << 5) | uint32_t(s - 1);
     const uint32_t c1 = ((lo[1] >> 3) << 11) | ((lo[2] >> 2) << 5) | uint32_t(s - 1);
-    int32_t pal[4][2];
-    for (int c = 0; c < 2; ++c) {
-        const int32_t a = int32_t(c == 0 ? expand5(c0 >> 11) : expand6((c0 >> 5) & 63));
-        const int32_t b = int32_t(c == 0 ? expand5(c1 >> 11) : expand6((c1 >> 5) & 63));
-        pal[0][c] = a, pal[1][c] = b, pal[2][c] = (2 * a + b) / 3, pal[3][c] = (a + 2 * b) / 3;
-    }
-    alignas(16) uint8_t idx[16];
-    for (int i = 0; i < 16; ++i) {
-        int32_t d[4];
-        for (int k = 0; k < 4; ++k) {
-            const int32_t e0 = px[3 * i + 1] - pal[k][0], e1 = px[3 * i + 2] - pal[k][1];
-            d[k] = (e0 < 0 ? -e0 : e0) + (e1 < 0 ? -e1 : e1);
-        }
-        idx[i] = uint8_t(ownColourIndex(d[0], d[1], d[2], d[3]));
-    }
-    st16(out + 8, c0), st16(out + 10, c1), st32(out + 12, ownPack2(idx));
+    int32_t pal[2][4];
+    ownFourColour(int32_t(expand5(c0 >> 11)), int32_t(expand5(c1 >> 11)), pal[0]);
+    ownFourColour(int32_t(expand6((c0 >> 5) & 63)), int32_t(expand6((c1 >> 5) & 63)), pal[1]);
+    alignas(16) uint8_t ch[2][16];
+    for (int i = 0; i < 16; ++i) ch[0][i] = px[3 * i + 1], ch[1][i] = px[3 * i + 2];
+    st16(out + 8, c0), st16(out + 10, c1), st32(out + 12, ownColourIndices<2>(ch, pal));
 }
 
 }  // namespace
@@ -92,23 +82,17 @@ extern "C" {
 
 VQCJ_API VqcStatus vqciTextureEncodeBlock_BC4_8u_C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
                                                      Vqc8u* pDst) {
-    if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).fail(srcStep == 0, vqcStatusBadStep).roi(srcRoi)) return st;
-    ownEncodeWalk<8, 1>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockBC4(px, o); });
-    return vqcStatusOk;
+    return ownEncodeImage<8, 1>(pSrc, srcStep, srcRoi, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockBC4(px, o); });
 }
 
 VQCJ_API VqcStatus vqciTextureEncodeBlockFromRG_BC5_8u_C2C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
                                                              Vqc8u* pDst) {
-    if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).fail(srcStep == 0, vqcStatusBadStep).roi(srcRoi)) return st;
-    ownEncodeWalk<16, 2>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockBC5(px, o); });
-    return vqcStatusOk;
+    return ownEncodeImage<16, 2>(pSrc, srcStep, srcRoi, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockBC5(px, o); });
 }
 
 VQCJ_API VqcStatus vqciTextureEncodeBlockFromYCoCg_DXT5_8u_C3C1R(const Vqc8u* pSrc, uint32_t srcStep,
                                                                  VqciSize srcRoi, Vqc8u* pDst) {
-    if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).fail(srcStep == 0, vqcStatusBadStep).roi(srcRoi)) return st;
-    ownEncodeWalk<16, 3>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockYCoCg(px, o); });
-    return vqcStatusOk;
+    return ownEncodeImage<16, 3>(pSrc, srcStep, srcRoi, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockYCoCg(px, o); });
 }
 
 }  // extern "C"

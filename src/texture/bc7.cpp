@@ -141,7 +141,5 @@ using namespace vqcj;
 
 extern "C" VQCJ_API VqcStatus vqciTextureDecodeBlockToRGBA_BC7_8u_C1C4R(const Vqc8u* pSrc, Vqc8u* pDst,
                                                                         uint32_t dstStep, VqciSize dstRoi) {
-    if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).fail(dstStep == 0, vqcStatusBadStep).roi(dstRoi)) return st;
-    ownDecodeWalk<16, 4>(pSrc, pDst, dstStep, dstRoi.width, dstRoi.height, [](const uint8_t* b, uint8_t* o) { ownDecodeBlockBC7(b, o); });
-    return vqcStatusOk;
+    return ownDecodeImage<16, 4>(pSrc, pDst, dstStep, dstRoi, [](const uint8_t* b, uint8_t* o) { ownDecodeBlockBC7(b, o); });
 }

@@ -17,6 +17,32 @@ constexpr uint32_t ownColourIndex(int32_t d0, int32_t d1, int32_t d2, int32_t d3
     return b0 | b1 << 1;
 }
 
+// Palette entries of one channel from its two expanded endpoints, truncated
+// as the decoders compute them.
+inline void ownFourColour(int32_t a, int32_t b, int32_t pal[4]) {
+    pal[0] = a, pal[1] = b, pal[2] = (2 * a + b) / 3, pal[3] = (a + 2 * b) / 3;
+}
+
+// Index word of 16 texels given as C channel planes against a four-entry
+// palette (pal[channel][entry]): L1 distances with equal weights, then the
+// comparison mesh.
+template <int C>
+inline uint32_t ownColourIndices(const uint8_t (*ch)[16], const int32_t (*pal)[4]) {
+    alignas(16) int16_t d[4][16];
+    for (int k = 0; k < 4; ++k)
+        for (int i = 0; i < 16; ++i) {
+            int16_t sum = 0;
+            for (int c = 0; c < C; ++c) {
+                const int16_t e = int16_t(ch[c][i] - pal[c][k]);
+                sum = int16_t(sum + (e < 0 ? -e : e));
+            }
+            d[k][i] = sum;
+        }
+    alignas(16) uint8_t idx[16];
+    for (int i = 0; i < 16; ++i) idx[i] = uint8_t(ownColourIndex(d[0][i], d[1][i], d[2][i], d[3][i]));
+    return uint32_t(ownPackIndices<2>(idx));
+}
+
 // Value block with the given endpoints (a0 = hi >= a1 = lo): the seven
 // thresholds are truncated midpoints, not the decoder's rounded table, and
 // each value's index is the number of thresholds at or above it, rotated so
@@ -35,7 +61,7 @@ inline void ownValueBlockWith(uint32_t hi, uint32_t lo, const uint8_t* v, int st
         const uint8_t k = uint8_t((count[i] + 1) & 7);
         idx[i] = uint8_t(k ^ (k < 2));
     }
-    const uint64_t bits = ownPack3(idx);
+    const uint64_t bits = ownPackIndices<3>(idx);
     out[0] = uint8_t(hi), out[1] = uint8_t(lo);
     for (int k = 0; k < 6; ++k) out[2 + k] = uint8_t(bits >> (8 * k));
 }

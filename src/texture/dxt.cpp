@@ -82,12 +82,6 @@ void ownDecodeBlockBC5(const uint8_t* b, uint8_t* out) {
     valueBlock<2>(b + 8, out + 1);
 }
 
-// The checks shared by every decoder: pointers, a zero step (the step is
-// unsigned, so nothing else is refused), then the size.
-inline VqcStatus checkDecode(const void* src, const void* dst, uint32_t step, VqciSize roi) {
-    return Check().ptr(src).ptr(dst).fail(step == 0, vqcStatusBadStep).roi(roi);
-}
-
 }  // namespace
 
 }  // namespace vqcj
@@ -98,37 +92,27 @@ extern "C" {
 
 VQCJ_API VqcStatus vqciTextureDecodeBlockToRGBA_DXT1_8u_C1C4R(const Vqc8u* pSrc, Vqc8u* pDst, uint32_t dstStep,
                                                               VqciSize dstRoi) {
-    if (VqcStatus st = checkDecode(pSrc, pDst, dstStep, dstRoi)) return st;
-    ownDecodeWalk<8, 4>(pSrc, pDst, dstStep, dstRoi.width, dstRoi.height, [](const uint8_t* b, uint8_t* o) { ownDecodeBlockDXT1(b, o); });
-    return vqcStatusOk;
+    return ownDecodeImage<8, 4>(pSrc, pDst, dstStep, dstRoi, [](const uint8_t* b, uint8_t* o) { ownDecodeBlockDXT1(b, o); });
 }
 
 VQCJ_API VqcStatus vqciTextureDecodeBlockToRGBA_DXT3_8u_C1C4R(const Vqc8u* pSrc, Vqc8u* pDst, uint32_t dstStep,
                                                               VqciSize dstRoi) {
-    if (VqcStatus st = checkDecode(pSrc, pDst, dstStep, dstRoi)) return st;
-    ownDecodeWalk<16, 4>(pSrc, pDst, dstStep, dstRoi.width, dstRoi.height, [](const uint8_t* b, uint8_t* o) { ownDecodeBlockDXT3(b, o); });
-    return vqcStatusOk;
+    return ownDecodeImage<16, 4>(pSrc, pDst, dstStep, dstRoi, [](const uint8_t* b, uint8_t* o) { ownDecodeBlockDXT3(b, o); });
 }
 
 VQCJ_API VqcStatus vqciTextureDecodeBlockToRGBA_DXT5_8u_C1C4R(const Vqc8u* pSrc, Vqc8u* pDst, uint32_t dstStep,
                                                               VqciSize dstRoi) {
-    if (VqcStatus st = checkDecode(pSrc, pDst, dstStep, dstRoi)) return st;
-    ownDecodeWalk<16, 4>(pSrc, pDst, dstStep, dstRoi.width, dstRoi.height, [](const uint8_t* b, uint8_t* o) { ownDecodeBlockDXT5(b, o); });
-    return vqcStatusOk;
+    return ownDecodeImage<16, 4>(pSrc, pDst, dstStep, dstRoi, [](const uint8_t* b, uint8_t* o) { ownDecodeBlockDXT5(b, o); });
 }
 
 VQCJ_API VqcStatus vqciTextureDecodeBlock_BC4_8u_C1R(const Vqc8u* pSrc, Vqc8u* pDst, uint32_t dstStep,
                                                      VqciSize dstRoi) {
-    if (VqcStatus st = checkDecode(pSrc, pDst, dstStep, dstRoi)) return st;
-    ownDecodeWalk<8, 1>(pSrc, pDst, dstStep, dstRoi.width, dstRoi.height, [](const uint8_t* b, uint8_t* o) { ownDecodeBlockBC4(b, o); });
-    return vqcStatusOk;
+    return ownDecodeImage<8, 1>(pSrc, pDst, dstStep, dstRoi, [](const uint8_t* b, uint8_t* o) { ownDecodeBlockBC4(b, o); });
 }
 
 VQCJ_API VqcStatus vqciTextureDecodeBlockToRG_BC5_8u_C1C2R(const Vqc8u* pSrc, Vqc8u* pDst, uint32_t dstStep,
                                                            VqciSize dstRoi) {
-    if (VqcStatus st = checkDecode(pSrc, pDst, dstStep, dstRoi)) return st;
-    ownDecodeWalk<16, 2>(pSrc, pDst, dstStep, dstRoi.width, dstRoi.height, [](const uint8_t* b, uint8_t* o) { ownDecodeBlockBC5(b, o); });
-    return vqcStatusOk;
+    return ownDecodeImage<16, 2>(pSrc, pDst, dstStep, dstRoi, [](const uint8_t* b, uint8_t* o) { ownDecodeBlockBC5(b, o); });
 }
 
 }  // extern "C"

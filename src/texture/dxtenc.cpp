@@ -17,7 +17,7 @@ namespace {
 void colourBlock(const uint8_t* px, uint8_t* out) {
     alignas(16) uint8_t ch[3][16];
     for (int i = 0; i < 16; ++i) ch[0][i] = px[4 * i], ch[1][i] = px[4 * i + 1], ch[2][i] = px[4 * i + 2];
-    int32_t pal[4][3];
+    int32_t pal[3][4];
     uint32_t hi[3], lo[3];
     const uint32_t keep[3] = {0xF8, 0xFC, 0xF8}, down[3] = {5, 6, 5};
     for (int c = 0; c < 3; ++c) {
@@ -29,25 +29,12 @@ void colourBlock(const uint8_t* px, uint8_t* out) {
         const uint32_t inset = uint32_t(mx - mn) >> 4;
         hi[c] = mx - inset, lo[c] = mn + inset;
         // The palette a decoder will see, from the stored fields.
-        const int32_t a = int32_t((hi[c] & keep[c]) | (hi[c] >> down[c]));
-        const int32_t b = int32_t((lo[c] & keep[c]) | (lo[c] >> down[c]));
-        pal[0][c] = a, pal[1][c] = b, pal[2][c] = (2 * a + b) / 3, pal[3][c] = (a + 2 * b) / 3;
+        ownFourColour(int32_t((hi[c] & keep[c]) | (hi[c] >> down[c])), int32_t((lo[c] & keep[c]) | (lo[c] >> down[c])),
+                      pal[c]);
     }
     const uint32_t c0 = ((hi[0] & 0xF8) << 8) | ((hi[1] & 0xFC) << 3) | (hi[2] >> 3);
     const uint32_t c1 = ((lo[0] & 0xF8) << 8) | ((lo[1] & 0xFC) << 3) | (lo[2] >> 3);
-    alignas(16) int16_t d[4][16];
-    for (int k = 0; k < 4; ++k)
-        for (int i = 0; i < 16; ++i) {
-            int16_t sum = 0;
-            for (int c = 0; c < 3; ++c) {
-                const int16_t e = int16_t(ch[c][i] - pal[k][c]);
-                sum = int16_t(sum + (e < 0 ? -e : e));
-            }
-            d[k][i] = sum;
-        }
-    alignas(16) uint8_t idx[16];
-    for (int i = 0; i < 16; ++i) idx[i] = uint8_t(ownColourIndex(d[0][i], d[1][i], d[2][i], d[3][i]));
-    st16(out, c0), st16(out + 2, c1), st32(out + 4, ownPack2(idx));
+    st16(out, c0), st16(out + 2, c1), st32(out + 4, ownColourIndices<3>(ch, pal));
 }
 
 void ownEncodeBlockDXT1(const uint8_t* px, uint8_t* out) { colourBlock(px, out); }
@@ -74,23 +61,17 @@ extern "C" {
 
 VQCJ_API VqcStatus vqciTextureEncodeBlockFromRGBA_DXT1_8u_C4C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
                                                                 Vqc8u* pDst) {
-    if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).fail(srcStep == 0, vqcStatusBadStep).roi(srcRoi)) return st;
-    ownEncodeWalk<8, 4>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockDXT1(px, o); });
-    return vqcStatusOk;
+    return ownEncodeImage<8, 4>(pSrc, srcStep, srcRoi, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockDXT1(px, o); });
 }
 
 VQCJ_API VqcStatus vqciTextureEncodeBlockFromRGBA_DXT3_8u_C4C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
                                                                 Vqc8u* pDst) {
-    if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).fail(srcStep == 0, vqcStatusBadStep).roi(srcRoi)) return st;
-    ownEncodeWalk<16, 4>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockDXT3(px, o); });
-    return vqcStatusOk;
+    return ownEncodeImage<16, 4>(pSrc, srcStep, srcRoi, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockDXT3(px, o); });
 }
 
 VQCJ_API VqcStatus vqciTextureEncodeBlockFromRGBA_DXT5_8u_C4C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
                                                                 Vqc8u* pDst) {
-    if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).fail(srcStep == 0, vqcStatusBadStep).roi(srcRoi)) return st;
-    ownEncodeWalk<16, 4>(pSrc, srcStep, srcRoi.width, srcRoi.height, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockDXT5(px, o); });
-    return vqcStatusOk;
+    return ownEncodeImage<16, 4>(pSrc, srcStep, srcRoi, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockDXT5(px, o); });
 }
 
 }  // extern "C"

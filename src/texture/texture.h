@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "frame/check.h"
+
 namespace vqcj {
 
 inline uint32_t ld16(const uint8_t* p) { return uint32_t(p[0]) | uint32_t(p[1]) << 8; }
@@ -29,27 +31,19 @@ inline void st64(uint8_t* p, uint64_t v) { std::memcpy(p, &v, 8); }
 constexpr uint32_t expand5(uint32_t f) { return (f << 3) | (f >> 2); }
 constexpr uint32_t expand6(uint32_t f) { return (f << 2) | (f >> 4); }
 
-// Sixteen 2-bit or 3-bit indices, one a byte, packed texel 0 lowest: the
-// fields are merged pairwise inside 64-bit words instead of one at a time.
-inline uint32_t ownPack2(const uint8_t idx[16]) {
-    uint32_t out = 0;
-    for (int h = 0; h < 2; ++h) {
-        uint64_t x = ld64(idx + 8 * h);
-        x = (x | (x >> 6)) & 0x000F000F000F000Full;
-        x = (x | (x >> 12)) & 0x000000FF000000FFull;
-        x = (x | (x >> 24)) & 0xFFFF;
-        out |= uint32_t(x) << (16 * h);
-    }
-    return out;
-}
-inline uint64_t ownPack3(const uint8_t idx[16]) {
+// Sixteen B-bit indices, one a byte, packed texel 0 lowest: the fields are
+// merged pairwise inside 64-bit words instead of one at a time.
+template <int B>
+inline uint64_t ownPackIndices(const uint8_t idx[16]) {
+    constexpr uint64_t m1 = ((1ull << (2 * B)) - 1) * 0x0001000100010001ull;
+    constexpr uint64_t m2 = ((1ull << (4 * B)) - 1) * 0x0000000100000001ull;
     uint64_t out = 0;
     for (int h = 0; h < 2; ++h) {
         uint64_t x = ld64(idx + 8 * h);
-        x = (x | (x >> 5)) & 0x003F003F003F003Full;
-        x = (x | (x >> 10)) & 0x00000FFF00000FFFull;
-        x = (x | (x >> 20)) & 0xFFFFFF;
-        out |= x << (24 * h);
+        x = (x | (x >> (8 - B))) & m1;
+        x = (x | (x >> (16 - 2 * B))) & m2;
+        x = (x | (x >> (32 - 4 * B))) & ((1ull << (8 * B)) - 1);
+        out |= x << (8 * B * h);
     }
     return out;
 }
@@ -94,6 +88,15 @@ inline void ownDecodeWalk(const uint8_t* src, uint8_t* dst, uint32_t step, int32
     }
 }
 
+// The decoders' checks (pointers, a zero step: the step is unsigned, so
+// nothing else is refused; then the size) and their crop walk.
+template <int BlockBytes, int Bpp, class F>
+inline VqcStatus ownDecodeImage(const uint8_t* src, uint8_t* dst, uint32_t step, VqciSize roi, F block) {
+    if (VqcStatus st = Check().ptr(src).ptr(dst).fail(step == 0, vqcStatusBadStep).roi(roi)) return st;
+    ownDecodeWalk<BlockBytes, Bpp>(src, dst, step, roi.width, roi.height, block);
+    return vqcStatusOk;
+}
+
 // Whole-image encode: each block reads a local 4x4 buffer (4*Bpp bytes a
 // row); a partial block repeats the last valid pixel of each row and then
 // the last valid row, so replicated pixels weigh like real ones.
@@ -121,6 +124,14 @@ inline void ownEncodeWalk(const uint8_t* src, uint32_t step, int32_t w, int32_t 
             block(local, dst);
         }
     }
+}
+
+// The encoders' checks, in the decoders' order, and their walk.
+template <int BlockBytes, int Bpp, class F>
+inline VqcStatus ownEncodeImage(const uint8_t* src, uint32_t step, VqciSize roi, uint8_t* dst, F block) {
+    if (VqcStatus st = Check().ptr(src).ptr(dst).fail(step == 0, vqcStatusBadStep).roi(roi)) return st;
+    ownEncodeWalk<BlockBytes, Bpp>(src, step, roi.width, roi.height, dst, block);
+    return vqcStatusOk;
 }
 
 // ---- BC6H and BC7 tables ----------------------------------------------------
