@@ -1,7 +1,8 @@
 // Texture blocks of arbitrary bytes: every decoder on an image of a size
 // taken from the input, with the source and destination cut to the exact
 // sizes the image needs, so that ASan sees any read or write beyond them;
-// then the BC7 encoder on the first 64 bytes in the mode the input names.
+// then, for some inputs, the BC7 encoder on the first 64 bytes in the mode
+// the input names.
 #include <vqcj.h>
 
 #include <cstddef>
@@ -37,7 +38,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         if (sign) vqciTextureDecodeBlockToRGB_BC6_16s_C1C3R(src.data(), reinterpret_cast<Vqc16s*>(dst.data()), step, roi);
         else vqciTextureDecodeBlockToRGB_BC6_16u_C1C3R(src.data(), dst.data(), step, roi);
     }
-    if (size >= 3 + 64) {
+    // The encoder searches for milliseconds; one input in 32 keeps the run brisk.
+    if (size >= 3 + 64 && (data[1] & 0xF8) == 0) {
         const std::vector<uint8_t> px(data + 3, data + 3 + 64);
         uint8_t block[16];
         int32_t err = 0;
