@@ -94,14 +94,14 @@ int32_t ownBC6UnquantizeU(int32_t v, int prec) {
     return addW(shlW(v, 16), 32768) >> prec;
 }
 
+// Endpoints stay within 18 bits, so none of these products can overflow.
 void ownBC6PaletteS(int32_t e0, int32_t e1, const uint8_t* w, int n, uint16_t* pal) {
     for (int k = 0; k < n; ++k) {
-        const int32_t t = addW(addW(mulW(subW(e1, e0), w[k]), mulW(e0, 64)), 32) >> 6;
+        const int32_t t = ((e1 - e0) * w[k] + e0 * 64 + 32) >> 6;
         // Sign and magnitude without a branch: a magnitude that rounds to 0
         // carries no sign.
-        const uint32_t neg = uint32_t(t < 0);
-        const uint32_t mag = (uint32_t(t < 0 ? -t : t) * 31) >> 5;
-        pal[k] = uint16_t(mag + ((neg & uint32_t(mag != 0)) << 15));
+        const int32_t mag = ((t < 0 ? -t : t) * 31) >> 5;
+        pal[k] = uint16_t(mag + (int32_t((t < 0) & (mag != 0)) << 15));
     }
 }
 
@@ -123,6 +123,7 @@ void decodeMode(uint64_t lo, uint64_t hi, uint8_t* dst, size_t step) {
         f[run.field] |= uint32_t(ownBits128(lo, hi, run.at) & ((1u << run.len) - 1)) << run.bit;
     }
     uint16_t pal[ns][3][entries];
+    uint64_t rgb[ns][entries];  // the three channels of an entry in one word
     for (int c = 0; c < 3; ++c) {
         int32_t e[4];
         e[0] = Signed ? signExtend(f[c], m.prec) : int32_t(f[c]);
@@ -150,11 +151,15 @@ void decodeMode(uint64_t lo, uint64_t hi, uint8_t* dst, size_t step) {
     } else {
         ownUnpackIndices<4, 0, 0>(ownBits128(lo, hi, 65), idx);
     }
+    for (int s = 0; s < ns; ++s)
+        for (int k = 0; k < entries; ++k)
+            rgb[s][k] = uint64_t(pal[s][0][k]) | uint64_t(pal[s][1][k]) << 16 | uint64_t(pal[s][2][k]) << 32;
+    const uint32_t mask = ns == 2 ? kBC7Part2[part] : 0;
     for (int r = 0; r < 4; ++r) {
-        uint16_t row[12];
+        uint8_t row[32];
         for (int c = 0; c < 4; ++c) {
-            const int i = 4 * r + c, s = ns == 2 ? (kBC7Part2[part] >> i) & 1 : 0;
-            for (int ch = 0; ch < 3; ++ch) row[3 * c + ch] = pal[s][ch][idx[i]];
+            const int i = 4 * r + c;
+            st64(row + 6 * c, rgb[(mask >> i) & 1][idx[i]]);
         }
         std::memcpy(dst + size_t(r) * step, row, 24);
     }
