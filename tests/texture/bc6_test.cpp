@@ -13,18 +13,15 @@
 using vqcjtex::setBits;
 using Words = std::vector<uint16_t>;
 
-// Texels of one block as 48 words, both ways.
-static Words decodeU(const uint8_t* b) {
+// Texels of one block as 48 words, unsigned or signed.
+static Words decodeU(const uint8_t* b, bool sign = false) {
     Words w(48);
-    EXPECT_EQ(vqciTextureDecodeBlockToRGB_BC6_16u_C1C3R(b, w.data(), 24, {4, 4}), vqcStatusOk);
-    return w;
-}
-static Words decodeS(const uint8_t* b) {
-    Words w(48);
-    EXPECT_EQ(vqciTextureDecodeBlockToRGB_BC6_16s_C1C3R(b, reinterpret_cast<Vqc16s*>(w.data()), 24, {4, 4}),
+    EXPECT_EQ(sign ? vqciTextureDecodeBlockToRGB_BC6_16s_C1C3R(b, reinterpret_cast<Vqc16s*>(w.data()), 24, {4, 4})
+                   : vqciTextureDecodeBlockToRGB_BC6_16u_C1C3R(b, w.data(), 24, {4, 4}),
               vqcStatusOk);
     return w;
 }
+static Words decodeS(const uint8_t* b) { return decodeU(b, true); }
 
 // A one-subset block of `mode` (byte 0 low bits) with red base rw and red
 // delta rx; texel 1 takes index 15, the others 0, so texel 0 shows endpoint
