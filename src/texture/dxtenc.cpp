@@ -3,6 +3,8 @@
 // distances. No search, no second candidate.
 #include <vqcj.h>
 
+#include <algorithm>
+
 #include "frame/check.h"
 #include "texture/blockenc.h"
 
@@ -17,16 +19,21 @@ namespace {
 void colourBlock(const uint8_t* px, uint8_t* out) {
     alignas(16) uint8_t ch[3][16];
     for (int i = 0; i < 16; ++i) ch[0][i] = px[4 * i], ch[1][i] = px[4 * i + 1], ch[2][i] = px[4 * i + 2];
+    // Extremes on the interleaved bytes, a row of four pixels at a time.
+    alignas(16) uint8_t mn4[16], mx4[16];
+    std::memcpy(mn4, px, 16), std::memcpy(mx4, px, 16);
+    for (int q = 16; q < 64; q += 16)
+        for (int j = 0; j < 16; ++j) {
+            mn4[j] = std::min(mn4[j], px[q + j]);
+            mx4[j] = std::max(mx4[j], px[q + j]);
+        }
     int32_t pal[3][4];
     uint32_t hi[3], lo[3];
     const uint32_t keep[3] = {0xF8, 0xFC, 0xF8}, down[3] = {5, 6, 5};
     for (int c = 0; c < 3; ++c) {
-        uint8_t mn = 255, mx = 0;
-        for (int i = 0; i < 16; ++i) {
-            mn = ch[c][i] < mn ? ch[c][i] : mn;
-            mx = ch[c][i] > mx ? ch[c][i] : mx;
-        }
-        const uint32_t inset = uint32_t(mx - mn) >> 4;
+        const uint32_t mn = std::min(std::min(mn4[c], mn4[4 + c]), std::min(mn4[8 + c], mn4[12 + c]));
+        const uint32_t mx = std::max(std::max(mx4[c], mx4[4 + c]), std::max(mx4[8 + c], mx4[12 + c]));
+        const uint32_t inset = (mx - mn) >> 4;
         hi[c] = mx - inset, lo[c] = mn + inset;
         // The palette a decoder will see, from the stored fields.
         ownFourColour(int32_t((hi[c] & keep[c]) | (hi[c] >> down[c])), int32_t((lo[c] & keep[c]) | (lo[c] >> down[c])),
