@@ -1,13 +1,21 @@
 // Fast DXT1, DXT3 and DXT5 encoders: one bounding box inset by 1/16, one
 // fixed four-colour palette from the truncated endpoints, one pass of L1
-// distances. No search, no second candidate.
+// distances. No search, no second candidate. The distances and the index
+// mesh run over Highway vectors; the image is dispatched once.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "texture/dxtenc.cpp"
+#include <hwy/foreach_target.h>  // must come before highway.h
+#include <hwy/highway.h>
 #include <vqcj.h>
 
 #include <algorithm>
 
 #include "frame/check.h"
+#include "frame/simd.h"
 #include "texture/blockenc.h"
 
+#ifndef VQCJ_DXTENC_ONCE
+#define VQCJ_DXTENC_ONCE
 namespace vqcj {
 
 namespace {
@@ -16,7 +24,8 @@ namespace {
 // corner, so the block is in four-colour order unless the corners meet. The
 // channels are split into planes first so that every pass below runs over
 // 16 lanes with no branch.
-void colourBlock(const uint8_t* px, uint8_t* out) {
+template <class Indices>
+void colourBlock(const uint8_t* px, uint8_t* out, Indices indices) {
     alignas(16) uint8_t ch[3][16];
     for (int i = 0; i < 16; ++i) ch[0][i] = px[4 * i], ch[1][i] = px[4 * i + 1], ch[2][i] = px[4 * i + 2];
     // Extremes on the interleaved bytes, a row of four pixels at a time.
@@ -41,24 +50,91 @@ void colourBlock(const uint8_t* px, uint8_t* out) {
     }
     const uint32_t c0 = ((hi[0] & 0xF8) << 8) | ((hi[1] & 0xFC) << 3) | (hi[2] >> 3);
     const uint32_t c1 = ((lo[0] & 0xF8) << 8) | ((lo[1] & 0xFC) << 3) | (lo[2] >> 3);
-    st16(out, c0), st16(out + 2, c1), st32(out + 4, ownColourIndices<3>(ch, pal));
+    st16(out, c0), st16(out + 2, c1), st32(out + 4, indices(ch, pal));
 }
 
-void ownEncodeBlockDXT1(const uint8_t* px, uint8_t* out) { colourBlock(px, out); }
+enum { kDXT1, kDXT3, kDXT5 };
 
-void ownEncodeBlockDXT3(const uint8_t* px, uint8_t* out) {
-    uint64_t a = 0;
-    for (int i = 0; i < 16; ++i) a |= uint64_t(px[4 * i + 3] >> 4) << (4 * i);
-    st64(out, a);
-    colourBlock(px, out + 8);
-}
-
-void ownEncodeBlockDXT5(const uint8_t* px, uint8_t* out) {
-    ownEncodeValueBlock(px + 3, 4, out);
-    colourBlock(px, out + 8);
+// The image walk of one format, with the colour indices from `indices`.
+template <class Indices>
+void ownEncodeDXT(int format, const uint8_t* src, uint32_t step, int32_t w, int32_t h, uint8_t* dst, Indices indices) {
+    if (format == kDXT1) {
+        ownEncodeWalk<8, 4>(src, step, w, h, dst, [&](const uint8_t* px, uint8_t* out) { colourBlock(px, out, indices); });
+    } else if (format == kDXT3) {
+        ownEncodeWalk<16, 4>(src, step, w, h, dst, [&](const uint8_t* px, uint8_t* out) {
+            // Top nibble of alpha, truncated.
+            uint64_t a = 0;
+            for (int i = 0; i < 16; ++i) a |= uint64_t(px[4 * i + 3] >> 4) << (4 * i);
+            st64(out, a);
+            colourBlock(px, out + 8, indices);
+        });
+    } else {
+        ownEncodeWalk<16, 4>(src, step, w, h, dst, [&](const uint8_t* px, uint8_t* out) {
+            ownEncodeValueBlock(px + 3, 4, out);
+            colourBlock(px, out + 8, indices);
+        });
+    }
 }
 
 }  // namespace
+
+}  // namespace vqcj
+#endif  // VQCJ_DXTENC_ONCE
+
+HWY_BEFORE_NAMESPACE();
+namespace vqcj::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+// The index word of 16 texels from three channel planes: L1 distances to
+// the four entries in 16-bit lanes, then the comparison mesh on masks.
+uint32_t ColourIndicesV(const uint8_t (*ch)[16], const int32_t (*pal)[4]) {
+    const hn::CappedTag<int16_t, 16> d;
+    const hn::Rebind<uint8_t, decltype(d)> d8;
+    const size_t n = hn::Lanes(d);
+    alignas(16) uint8_t idx[16];
+    for (size_t i0 = 0; i0 < 16; i0 += n) {
+        auto d0 = hn::Zero(d), d1 = d0, d2 = d0, d3 = d0;
+        for (int c = 0; c < 3; ++c) {
+            const auto v = hn::PromoteTo(d, hn::LoadU(d8, ch[c] + i0));
+            d0 = hn::Add(d0, hn::Abs(hn::Sub(v, hn::Set(d, int16_t(pal[c][0])))));
+            d1 = hn::Add(d1, hn::Abs(hn::Sub(v, hn::Set(d, int16_t(pal[c][1])))));
+            d2 = hn::Add(d2, hn::Abs(hn::Sub(v, hn::Set(d, int16_t(pal[c][2])))));
+            d3 = hn::Add(d3, hn::Abs(hn::Sub(v, hn::Set(d, int16_t(pal[c][3])))));
+        }
+        const auto b0 = hn::And(hn::Gt(d0, d3), hn::Gt(d2, d3));
+        const auto b1 = hn::Or(hn::And(hn::Gt(d0, d2), hn::Gt(d1, d2)), hn::And(hn::Gt(d0, d3), hn::Gt(d1, d3)));
+        const auto v = hn::Or(hn::IfThenElseZero(b0, hn::Set(d, 1)), hn::IfThenElseZero(b1, hn::Set(d, 2)));
+        hn::StoreU(hn::DemoteTo(d8, v), d8, idx + i0);
+    }
+    return uint32_t(ownPackIndices<2>(idx));
+}
+
+void EncodeDXT(int format, const uint8_t* src, uint32_t step, int32_t w, int32_t h, uint8_t* dst) {
+    if constexpr (VQCJ_SIMD_BASELINE) {
+        ownEncodeDXT(format, src, step, w, h, dst, [](const uint8_t(*ch)[16], const int32_t(*pal)[4]) {
+            return ownColourIndices<3>(ch, pal);
+        });
+    } else {
+        ownEncodeDXT(format, src, step, w, h, dst, [](const uint8_t(*ch)[16], const int32_t(*pal)[4]) {
+            return ColourIndicesV(ch, pal);
+        });
+    }
+}
+
+}  // namespace vqcj::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace vqcj {
+
+HWY_EXPORT(EncodeDXT);
+
+// The encoders' checks, in the decoders' order, then one dispatch per image.
+VqcStatus ownEncodeDXTImage(int format, const uint8_t* src, uint32_t step, VqciSize roi, uint8_t* dst) {
+    if (VqcStatus st = Check().ptr(src).ptr(dst).fail(step == 0, vqcStatusBadStep).roi(roi)) return st;
+    VQCJ_DISPATCH(EncodeDXT)(format, src, step, roi.width, roi.height, dst);
+    return vqcStatusOk;
+}
 
 }  // namespace vqcj
 
@@ -68,17 +144,18 @@ extern "C" {
 
 VQCJ_API VqcStatus vqciTextureEncodeBlockFromRGBA_DXT1_8u_C4C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
                                                                 Vqc8u* pDst) {
-    return ownEncodeImage<8, 4>(pSrc, srcStep, srcRoi, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockDXT1(px, o); });
+    return ownEncodeDXTImage(kDXT1, pSrc, srcStep, srcRoi, pDst);
 }
 
 VQCJ_API VqcStatus vqciTextureEncodeBlockFromRGBA_DXT3_8u_C4C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
                                                                 Vqc8u* pDst) {
-    return ownEncodeImage<16, 4>(pSrc, srcStep, srcRoi, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockDXT3(px, o); });
+    return ownEncodeDXTImage(kDXT3, pSrc, srcStep, srcRoi, pDst);
 }
 
 VQCJ_API VqcStatus vqciTextureEncodeBlockFromRGBA_DXT5_8u_C4C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
                                                                 Vqc8u* pDst) {
-    return ownEncodeImage<16, 4>(pSrc, srcStep, srcRoi, pDst, [](const uint8_t* px, uint8_t* o) { ownEncodeBlockDXT5(px, o); });
+    return ownEncodeDXTImage(kDXT5, pSrc, srcStep, srcRoi, pDst);
 }
 
 }  // extern "C"
+#endif  // HWY_ONCE
