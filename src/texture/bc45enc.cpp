@@ -12,11 +12,11 @@ namespace vqcj {
 
 namespace {
 
-void ownEncodeBlockBC4(const uint8_t* px, uint8_t* out) { ownEncodeValueBlock(px, 1, out); }
+void ownEncodeBlockBC4(const uint8_t* px, uint8_t* out) { ownEncodeValueBlock<1>(px, out); }
 
 void ownEncodeBlockBC5(const uint8_t* px, uint8_t* out) {
-    ownEncodeValueBlock(px, 2, out);
-    ownEncodeValueBlock(px + 1, 2, out + 8);
+    ownEncodeValueBlock<2>(px, out);
+    ownEncodeValueBlock<2>(px + 1, out + 8);
 }
 
 void ownEncodeBlockYCoCg(const uint8_t* src, uint8_t* out) {
@@ -61,7 +61,7 @@ void ownEncodeBlockYCoCg(const uint8_t* src, uint8_t* out) {
         hi[2] = lo[2], lo[2] = t;
     }
     // Luma keeps its exact extremes: no inset here.
-    ownValueBlockWith(uint32_t(mx[0]), uint32_t(mn[0]), px, 3, out);
+    ownValueBlockWith<3>(uint32_t(mx[0]), uint32_t(mn[0]), px, out);
     const uint32_t c0 = ((hi[1] >> 3) << 11) | ((hi[2] >> 2) << 5) | uint32_t(s - 1);
     const uint32_t c1 = ((lo[1] >> 3) << 11) | ((lo[2] >> 2) << 5) | uint32_t(s - 1);
     int32_t pal[2][4];

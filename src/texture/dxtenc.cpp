@@ -70,7 +70,7 @@ void ownEncodeDXT(int format, const uint8_t* src, uint32_t step, int32_t w, int3
         });
     } else {
         ownEncodeWalk<16, 4>(src, step, w, h, dst, [&](const uint8_t* px, uint8_t* out) {
-            ownEncodeValueBlock(px + 3, 4, out);
+            ownEncodeValueBlock<4>(px + 3, out);
             colourBlock(px, out + 8, indices);
         });
     }
