@@ -81,14 +81,17 @@ constexpr int32_t wrapSum(int32_t s, int prec) {
     return s < 0 ? int32_t(uint32_t(s) | (0u - (1u << (prec + 1)))) : s & ((1 << prec) - 1);
 }
 
-int32_t ownBC6UnquantizeS(int32_t v, int prec) {
-    if (prec >= 16 || v == 0) return v;
-    const int32_t m = v < 0 ? -v : v;
-    const int32_t q = m == (1 << (prec - 1)) - 1 ? 32767 : int32_t((uint32_t(m) << 15) + 16384) >> (prec - 1);
-    return v < 0 ? -q : q;
+// Written as selects, not branches: endpoint signs are data.
+inline int32_t ownBC6UnquantizeS(int32_t v, int prec) {
+    if (prec >= 16) return v;
+    const int32_t neg = v >> 31, m = (v ^ neg) - neg;
+    int32_t q = int32_t((uint32_t(m) << 15) + 16384) >> (prec - 1);
+    q = m == (1 << (prec - 1)) - 1 ? 32767 : q;
+    q = m == 0 ? 0 : q;
+    return (q ^ neg) - neg;
 }
 
-int32_t ownBC6UnquantizeU(int32_t v, int prec) {
+inline int32_t ownBC6UnquantizeU(int32_t v, int prec) {
     if (prec >= 15 || v == 0) return v;
     if (v == (1 << prec) - 1) return 65535;
     return addW(shlW(v, 16), 32768) >> prec;
@@ -155,13 +158,14 @@ void decodeMode(uint64_t lo, uint64_t hi, uint8_t* dst, size_t step) {
         for (int k = 0; k < entries; ++k)
             rgb[s][k] = uint64_t(pal[s][0][k]) | uint64_t(pal[s][1][k]) << 16 | uint64_t(pal[s][2][k]) << 32;
     const uint32_t mask = ns == 2 ? kBC7Part2[part] : 0;
+    // Straight to the row: the first three texels as 8-byte stores, each
+    // spilling 2 bytes into the next texel, which is written after it; the
+    // last one exactly, so nothing beyond the row's 24 bytes is touched.
     for (int r = 0; r < 4; ++r) {
-        uint8_t row[32];
-        for (int c = 0; c < 4; ++c) {
-            const int i = 4 * r + c;
-            st64(row + 6 * c, rgb[(mask >> i) & 1][idx[i]]);
-        }
-        std::memcpy(dst + size_t(r) * step, row, 24);
+        uint8_t* d = dst + size_t(r) * step;
+        for (int c = 0; c < 3; ++c) st64(d + 6 * c, rgb[(mask >> (4 * r + c)) & 1][idx[4 * r + c]]);
+        const uint64_t last = rgb[(mask >> (4 * r + 3)) & 1][idx[4 * r + 3]];
+        st32(d + 18, uint32_t(last)), st16(d + 22, uint32_t(last >> 32));
     }
 }
 
