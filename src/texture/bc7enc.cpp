@@ -2,9 +2,9 @@
 // partition cheaply on unquantised principal-axis endpoints, refines the
 // best quarter by a logarithmic then a windowed exhaustive search over the
 // quantised endpoints, and keeps the block with the least squared error.
-// The search is the interface: its quirks (only moves of endpoint A stick
-// during the perturbation, the window's exclusive upper bound for B) are
-// kept on purpose, since callers compare reported errors across versions.
+// The blocks and the errors it reports are the interface, so the search's
+// quirks (only moves of endpoint A stick during the perturbation, the
+// window's exclusive upper bound for B) are kept on purpose.
 #include <vqcj.h>
 
 #include <cfloat>
