@@ -20,29 +20,24 @@ namespace vqcj {
 
 namespace {
 
-// Colour block over R, G, B of 16 RGBA pixels. color0 comes from the upper
-// corner, so the block is in four-colour order unless the corners meet. The
-// channels are split into planes first so that every pass below runs over
-// 16 lanes with no branch.
+// The plain split of 16 RGBA pixels into four channel planes.
+inline void ownPlanes(const uint8_t* px, uint8_t (*ch)[16]) {
+    for (int i = 0; i < 16; ++i)
+        for (int c = 0; c < 4; ++c) ch[c][i] = px[4 * i + c];
+}
+
+// Colour block over the R, G, B planes of 16 pixels. color0 comes from the
+// upper corner, so the block is in four-colour order unless the corners
+// meet. Every pass runs over 16 lanes with no branch.
 template <class Indices>
-void colourBlock(const uint8_t* px, uint8_t* out, Indices indices) {
-    alignas(16) uint8_t ch[3][16];
-    for (int i = 0; i < 16; ++i) ch[0][i] = px[4 * i], ch[1][i] = px[4 * i + 1], ch[2][i] = px[4 * i + 2];
-    // Extremes on the interleaved bytes, a row of four pixels at a time.
-    alignas(16) uint8_t mn4[16], mx4[16];
-    std::memcpy(mn4, px, 16), std::memcpy(mx4, px, 16);
-    for (int q = 16; q < 64; q += 16)
-        for (int j = 0; j < 16; ++j) {
-            mn4[j] = std::min(mn4[j], px[q + j]);
-            mx4[j] = std::max(mx4[j], px[q + j]);
-        }
+void colourBlock(const uint8_t (*ch)[16], uint8_t* out, Indices indices) {
     int32_t pal[3][4];
     uint32_t hi[3], lo[3];
     const uint32_t keep[3] = {0xF8, 0xFC, 0xF8}, down[3] = {5, 6, 5};
     for (int c = 0; c < 3; ++c) {
-        const uint32_t mn = std::min(std::min(mn4[c], mn4[4 + c]), std::min(mn4[8 + c], mn4[12 + c]));
-        const uint32_t mx = std::max(std::max(mx4[c], mx4[4 + c]), std::max(mx4[8 + c], mx4[12 + c]));
-        const uint32_t inset = (mx - mn) >> 4;
+        uint8_t mn = 255, mx = 0;
+        for (int i = 0; i < 16; ++i) mn = std::min(mn, ch[c][i]), mx = std::max(mx, ch[c][i]);
+        const uint32_t inset = uint32_t(mx - mn) >> 4;
         hi[c] = mx - inset, lo[c] = mn + inset;
         // The palette a decoder will see, from the stored fields.
         ownFourColour(int32_t((hi[c] & keep[c]) | (hi[c] >> down[c])), int32_t((lo[c] & keep[c]) | (lo[c] >> down[c])),
@@ -55,23 +50,33 @@ void colourBlock(const uint8_t* px, uint8_t* out, Indices indices) {
 
 enum { kDXT1, kDXT3, kDXT5 };
 
-// The image walk of one format, with the colour indices from `indices`.
-template <class Indices>
-void ownEncodeDXT(int format, const uint8_t* src, uint32_t step, int32_t w, int32_t h, uint8_t* dst, Indices indices) {
+// The image walk of one format: each block is split into planes by
+// `planes`, and its colour indices come from `indices`.
+template <class Planes, class Indices>
+void ownEncodeDXT(int format, const uint8_t* src, uint32_t step, int32_t w, int32_t h, uint8_t* dst, Planes planes,
+                  Indices indices) {
     if (format == kDXT1) {
-        ownEncodeWalk<8, 4>(src, step, w, h, dst, [&](const uint8_t* px, uint8_t* out) { colourBlock(px, out, indices); });
+        ownEncodeWalk<8, 4>(src, step, w, h, dst, [&](const uint8_t* px, uint8_t* out) {
+            alignas(16) uint8_t ch[4][16];
+            planes(px, ch);
+            colourBlock(ch, out, indices);
+        });
     } else if (format == kDXT3) {
         ownEncodeWalk<16, 4>(src, step, w, h, dst, [&](const uint8_t* px, uint8_t* out) {
+            alignas(16) uint8_t ch[4][16];
+            planes(px, ch);
             // Top nibble of alpha, truncated.
-            uint64_t a = 0;
-            for (int i = 0; i < 16; ++i) a |= uint64_t(px[4 * i + 3] >> 4) << (4 * i);
-            st64(out, a);
-            colourBlock(px, out + 8, indices);
+            alignas(16) uint8_t a[16];
+            for (int i = 0; i < 16; ++i) a[i] = uint8_t(ch[3][i] >> 4);
+            st64(out, ownPackIndices<4>(a));
+            colourBlock(ch, out + 8, indices);
         });
     } else {
         ownEncodeWalk<16, 4>(src, step, w, h, dst, [&](const uint8_t* px, uint8_t* out) {
-            ownEncodeValueBlock<4>(px + 3, out);
-            colourBlock(px, out + 8, indices);
+            alignas(16) uint8_t ch[4][16];
+            planes(px, ch);
+            ownEncodeValueBlock<1>(ch[3], out);
+            colourBlock(ch, out + 8, indices);
         });
     }
 }
@@ -109,16 +114,26 @@ uint32_t ColourIndicesV(const uint8_t (*ch)[16], const int32_t (*pal)[4]) {
     return uint32_t(ownPackIndices<2>(idx));
 }
 
+#if !VQCJ_SIMD_BASELINE
+// Four planes by one interleaved load.
+void PlanesV(const uint8_t* px, uint8_t (*ch)[16]) {
+    const hn::FixedTag<uint8_t, 16> d8;
+    hn::Vec<decltype(d8)> r, g, b, a;
+    hn::LoadInterleaved4(d8, px, r, g, b, a);
+    hn::Store(r, d8, ch[0]), hn::Store(g, d8, ch[1]), hn::Store(b, d8, ch[2]), hn::Store(a, d8, ch[3]);
+}
+#endif
+
 void EncodeDXT(int format, const uint8_t* src, uint32_t step, int32_t w, int32_t h, uint8_t* dst) {
-    if constexpr (VQCJ_SIMD_BASELINE) {
-        ownEncodeDXT(format, src, step, w, h, dst, [](const uint8_t(*ch)[16], const int32_t(*pal)[4]) {
-            return ownColourIndices<3>(ch, pal);
-        });
-    } else {
-        ownEncodeDXT(format, src, step, w, h, dst, [](const uint8_t(*ch)[16], const int32_t(*pal)[4]) {
-            return ColourIndicesV(ch, pal);
-        });
-    }
+#if VQCJ_SIMD_BASELINE
+    ownEncodeDXT(format, src, step, w, h, dst, ownPlanes, [](const uint8_t(*ch)[16], const int32_t(*pal)[4]) {
+        return ownColourIndices<3>(ch, pal);
+    });
+#else
+    ownEncodeDXT(format, src, step, w, h, dst, PlanesV, [](const uint8_t(*ch)[16], const int32_t(*pal)[4]) {
+        return ColourIndicesV(ch, pal);
+    });
+#endif
 }
 
 }  // namespace vqcj::HWY_NAMESPACE
