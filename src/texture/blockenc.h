@@ -47,36 +47,43 @@ inline uint32_t ownColourIndices(const uint8_t (*ch)[16], const int32_t (*pal)[4
 // thresholds are truncated midpoints, not the decoder's rounded table, and
 // each value's index is the number of thresholds at or above it, rotated so
 // that 0 and 7 land on the endpoints.
-template <int Stride>
-inline void ownValueBlockWith(uint32_t hi, uint32_t lo, const uint8_t* v, uint8_t* out) {
-    const uint32_t mid = (hi - lo) / 14;
-    uint8_t t[7];
-    t[0] = uint8_t(lo + mid);
-    for (uint32_t k = 1; k < 7; ++k) t[k] = uint8_t(((7 - k) * hi + k * lo) / 7 + mid);
-    alignas(16) uint8_t a[16], count[16] = {};
-    for (int i = 0; i < 16; ++i) a[i] = v[Stride * i];
+// The plain index step of a value block: a[] the 16 values, t[] the seven
+// thresholds.
+inline void ownValueIndices(const uint8_t* a, const uint8_t* t, uint8_t* idx) {
+    alignas(16) uint8_t count[16] = {};
     for (int k = 0; k < 7; ++k)
         for (int i = 0; i < 16; ++i) count[i] = uint8_t(count[i] + (a[i] <= t[k]));
-    alignas(16) uint8_t idx[16];
     for (int i = 0; i < 16; ++i) {
         const uint8_t k = uint8_t((count[i] + 1) & 7);
         idx[i] = uint8_t(k ^ (k < 2));
     }
+}
+
+template <int Stride, class Indices = decltype(&ownValueIndices)>
+inline void ownValueBlockWith(uint32_t hi, uint32_t lo, const uint8_t* v, uint8_t* out,
+                              Indices indices = ownValueIndices) {
+    const uint32_t mid = (hi - lo) / 14;
+    uint8_t t[7];
+    t[0] = uint8_t(lo + mid);
+    for (uint32_t k = 1; k < 7; ++k) t[k] = uint8_t(((7 - k) * hi + k * lo) / 7 + mid);
+    alignas(16) uint8_t a[16], idx[16];
+    for (int i = 0; i < 16; ++i) a[i] = v[Stride * i];
+    indices(a, t, idx);
     const uint64_t bits = ownPackIndices<3>(idx);
     out[0] = uint8_t(hi), out[1] = uint8_t(lo);
     for (int k = 0; k < 6; ++k) out[2 + k] = uint8_t(bits >> (8 * k));
 }
 
 // Value block of one channel of 16 pixels, with its range inset by 1/16.
-template <int Stride>
-inline void ownEncodeValueBlock(const uint8_t* v, uint8_t* out) {
+template <int Stride, class Indices = decltype(&ownValueIndices)>
+inline void ownEncodeValueBlock(const uint8_t* v, uint8_t* out, Indices indices = ownValueIndices) {
     uint8_t mn = 255, mx = 0;
     for (int i = 0; i < 16; ++i) {
         mn = v[Stride * i] < mn ? v[Stride * i] : mn;
         mx = v[Stride * i] > mx ? v[Stride * i] : mx;
     }
     const uint32_t inset = uint32_t(mx - mn) >> 4;
-    ownValueBlockWith<Stride>(mx - inset, mn + inset, v, out);
+    ownValueBlockWith<Stride>(mx - inset, mn + inset, v, out, indices);
 }
 
 }  // namespace vqcj

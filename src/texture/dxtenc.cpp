@@ -51,10 +51,11 @@ void colourBlock(const uint8_t (*ch)[16], uint8_t* out, Indices indices) {
 enum { kDXT1, kDXT3, kDXT5 };
 
 // The image walk of one format: each block is split into planes by
-// `planes`, and its colour indices come from `indices`.
-template <class Planes, class Indices>
+// `planes`, its colour indices come from `indices` and its alpha indices
+// from `values`.
+template <class Planes, class Indices, class Values>
 void ownEncodeDXT(int format, const uint8_t* src, uint32_t step, int32_t w, int32_t h, uint8_t* dst, Planes planes,
-                  Indices indices) {
+                  Indices indices, Values values) {
     if (format == kDXT1) {
         ownEncodeWalk<8, 4>(src, step, w, h, dst, [&](const uint8_t* px, uint8_t* out) {
             alignas(16) uint8_t ch[4][16];
@@ -75,7 +76,7 @@ void ownEncodeDXT(int format, const uint8_t* src, uint32_t step, int32_t w, int3
         ownEncodeWalk<16, 4>(src, step, w, h, dst, [&](const uint8_t* px, uint8_t* out) {
             alignas(16) uint8_t ch[4][16];
             planes(px, ch);
-            ownEncodeValueBlock<1>(ch[3], out);
+            ownEncodeValueBlock<1>(ch[3], out, values);
             colourBlock(ch, out + 8, indices);
         });
     }
@@ -115,6 +116,18 @@ uint32_t ColourIndicesV(const uint8_t (*ch)[16], const int32_t (*pal)[4]) {
 }
 
 #if !VQCJ_SIMD_BASELINE
+// Value indices of 16 bytes: the count of thresholds at or above each, in
+// byte lanes, rotated so that counts 0 and 7 land on the endpoints.
+void ValueIndicesV(const uint8_t* a, const uint8_t* t, uint8_t* idx) {
+    const hn::FixedTag<uint8_t, 16> d8;
+    const auto v = hn::Load(d8, a);
+    auto count = hn::Zero(d8);
+    for (int k = 0; k < 7; ++k) count = hn::Sub(count, hn::VecFromMask(d8, hn::Not(hn::Gt(v, hn::Set(d8, t[k])))));
+    auto r = hn::And(hn::Add(count, hn::Set(d8, 1)), hn::Set(d8, 7));
+    r = hn::Xor(r, hn::IfThenElseZero(hn::Lt(r, hn::Set(d8, 2)), hn::Set(d8, 1)));
+    hn::Store(r, d8, idx);
+}
+
 // Four planes by one interleaved load.
 void PlanesV(const uint8_t* px, uint8_t (*ch)[16]) {
     const hn::FixedTag<uint8_t, 16> d8;
@@ -126,13 +139,13 @@ void PlanesV(const uint8_t* px, uint8_t (*ch)[16]) {
 
 void EncodeDXT(int format, const uint8_t* src, uint32_t step, int32_t w, int32_t h, uint8_t* dst) {
 #if VQCJ_SIMD_BASELINE
-    ownEncodeDXT(format, src, step, w, h, dst, ownPlanes, [](const uint8_t(*ch)[16], const int32_t(*pal)[4]) {
-        return ownColourIndices<3>(ch, pal);
-    });
+    ownEncodeDXT(
+        format, src, step, w, h, dst, ownPlanes,
+        [](const uint8_t(*ch)[16], const int32_t(*pal)[4]) { return ownColourIndices<3>(ch, pal); }, ownValueIndices);
 #else
-    ownEncodeDXT(format, src, step, w, h, dst, PlanesV, [](const uint8_t(*ch)[16], const int32_t(*pal)[4]) {
-        return ColourIndicesV(ch, pal);
-    });
+    ownEncodeDXT(
+        format, src, step, w, h, dst, PlanesV,
+        [](const uint8_t(*ch)[16], const int32_t(*pal)[4]) { return ColourIndicesV(ch, pal); }, ValueIndicesV);
 #endif
 }
 
