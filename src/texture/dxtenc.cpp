@@ -13,6 +13,7 @@
 #include "frame/check.h"
 #include "frame/simd.h"
 #include "texture/blockenc.h"
+#include "texture/blockenc-inl.h"
 
 #ifndef VQCJ_DXTENC_ONCE
 #define VQCJ_DXTENC_ONCE
@@ -89,53 +90,6 @@ void ownEncodeDXT(int format, const uint8_t* src, uint32_t step, int32_t w, int3
 
 HWY_BEFORE_NAMESPACE();
 namespace vqcj::HWY_NAMESPACE {
-namespace hn = hwy::HWY_NAMESPACE;
-
-// The index word of 16 texels from three channel planes: L1 distances to
-// the four entries in 16-bit lanes, then the comparison mesh on masks.
-uint32_t ColourIndicesV(const uint8_t (*ch)[16], const int32_t (*pal)[4]) {
-    const hn::CappedTag<int16_t, 16> d;
-    const hn::Rebind<uint8_t, decltype(d)> d8;
-    const size_t n = hn::Lanes(d);
-    alignas(16) uint8_t idx[16];
-    for (size_t i0 = 0; i0 < 16; i0 += n) {
-        auto d0 = hn::Zero(d), d1 = d0, d2 = d0, d3 = d0;
-        for (int c = 0; c < 3; ++c) {
-            const auto v = hn::PromoteTo(d, hn::LoadU(d8, ch[c] + i0));
-            d0 = hn::Add(d0, hn::Abs(hn::Sub(v, hn::Set(d, int16_t(pal[c][0])))));
-            d1 = hn::Add(d1, hn::Abs(hn::Sub(v, hn::Set(d, int16_t(pal[c][1])))));
-            d2 = hn::Add(d2, hn::Abs(hn::Sub(v, hn::Set(d, int16_t(pal[c][2])))));
-            d3 = hn::Add(d3, hn::Abs(hn::Sub(v, hn::Set(d, int16_t(pal[c][3])))));
-        }
-        const auto b0 = hn::And(hn::Gt(d0, d3), hn::Gt(d2, d3));
-        const auto b1 = hn::Or(hn::And(hn::Gt(d0, d2), hn::Gt(d1, d2)), hn::And(hn::Gt(d0, d3), hn::Gt(d1, d3)));
-        const auto v = hn::Or(hn::IfThenElseZero(b0, hn::Set(d, 1)), hn::IfThenElseZero(b1, hn::Set(d, 2)));
-        hn::StoreU(hn::DemoteTo(d8, v), d8, idx + i0);
-    }
-    return uint32_t(ownPackIndices<2>(idx));
-}
-
-#if !VQCJ_SIMD_BASELINE
-// Value indices of 16 bytes: the count of thresholds at or above each, in
-// byte lanes, rotated so that counts 0 and 7 land on the endpoints.
-void ValueIndicesV(const uint8_t* a, const uint8_t* t, uint8_t* idx) {
-    const hn::FixedTag<uint8_t, 16> d8;
-    const auto v = hn::Load(d8, a);
-    auto count = hn::Zero(d8);
-    for (int k = 0; k < 7; ++k) count = hn::Sub(count, hn::VecFromMask(d8, hn::Not(hn::Gt(v, hn::Set(d8, t[k])))));
-    auto r = hn::And(hn::Add(count, hn::Set(d8, 1)), hn::Set(d8, 7));
-    r = hn::Xor(r, hn::IfThenElseZero(hn::Lt(r, hn::Set(d8, 2)), hn::Set(d8, 1)));
-    hn::Store(r, d8, idx);
-}
-
-// Four planes by one interleaved load.
-void PlanesV(const uint8_t* px, uint8_t (*ch)[16]) {
-    const hn::FixedTag<uint8_t, 16> d8;
-    hn::Vec<decltype(d8)> r, g, b, a;
-    hn::LoadInterleaved4(d8, px, r, g, b, a);
-    hn::Store(r, d8, ch[0]), hn::Store(g, d8, ch[1]), hn::Store(b, d8, ch[2]), hn::Store(a, d8, ch[3]);
-}
-#endif
 
 void EncodeDXT(int format, const uint8_t* src, uint32_t step, int32_t w, int32_t h, uint8_t* dst) {
 #if VQCJ_SIMD_BASELINE
@@ -145,7 +99,7 @@ void EncodeDXT(int format, const uint8_t* src, uint32_t step, int32_t w, int32_t
 #else
     ownEncodeDXT(
         format, src, step, w, h, dst, PlanesV,
-        [](const uint8_t(*ch)[16], const int32_t(*pal)[4]) { return ColourIndicesV(ch, pal); }, ValueIndicesV);
+        [](const uint8_t(*ch)[16], const int32_t(*pal)[4]) { return ColourIndicesV<3>(ch, pal); }, ValueIndicesV);
 #endif
 }
 

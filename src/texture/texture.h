@@ -117,7 +117,8 @@ inline void ownEncodeWalk(const uint8_t* src, uint32_t step, int32_t w, int32_t 
                 for (int r = 0; r < rows; ++r) {
                     uint8_t* l = local + 4 * Bpp * r;
                     std::memcpy(l, s + size_t(r) * step, size_t(cols) * Bpp);
-                    for (int c = cols; c < 4; ++c) std::memcpy(l + Bpp * c, l + Bpp * (cols - 1), Bpp);
+                    // A forward byte copy repeats the last pixel across the rest.
+                    for (int k = Bpp * cols; k < 4 * Bpp; ++k) l[k] = l[k - Bpp];
                 }
                 for (int r = rows; r < 4; ++r) std::memcpy(local + 4 * Bpp * r, local + 4 * Bpp * (r - 1), 4 * Bpp);
             }

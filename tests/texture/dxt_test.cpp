@@ -7,6 +7,7 @@
 #include <cstring>
 #include <algorithm>
 #include <functional>
+#include <string>
 #include <vector>
 
 #include "support/simd.h"
@@ -202,12 +203,17 @@ TEST(TextureYCoCg, ScaleInsetAndDiagonal) {
     }
 }
 
-// The vector colour indices on every SIMD target write the plain routine's
-// blocks, on a photograph and on noise (ties and wide boxes).
+// The vector colour and value indices on every SIMD target write the plain
+// routines' blocks, on noise and on grey noise (many equal distances).
 TEST(TextureDxtEncode, EveryTargetWritesTheBaselineBlocks) {
     Bytes img = vqcjtest::randomBytes(64 * 32 * 4, 9);
     for (size_t i = 0; i < img.size() / 2; i += 4) img[i + 1] = img[i + 2] = img[i];  // grey half: many equal distances
-    for (Enc f : {vqciTextureEncodeBlockFromRGBA_DXT1_8u_C4C1R, vqciTextureEncodeBlockFromRGBA_DXT3_8u_C4C1R,
-                  vqciTextureEncodeBlockFromRGBA_DXT5_8u_C4C1R})
-        vqcjtest::expectSameOnEveryTarget([&] { return encode(f, img, 4, 63, 31, 16); }, "DXT encoder");
+    const std::pair<Enc, int> encs[] = {{vqciTextureEncodeBlockFromRGBA_DXT1_8u_C4C1R, 4},
+                                        {vqciTextureEncodeBlockFromRGBA_DXT3_8u_C4C1R, 4},
+                                        {vqciTextureEncodeBlockFromRGBA_DXT5_8u_C4C1R, 4},
+                                        {vqciTextureEncodeBlock_BC4_8u_C1R, 1},
+                                        {vqciTextureEncodeBlockFromRG_BC5_8u_C2C1R, 2},
+                                        {vqciTextureEncodeBlockFromYCoCg_DXT5_8u_C3C1R, 3}};
+    for (auto [f, bpp] : encs)
+        vqcjtest::expectSameOnEveryTarget([&] { return encode(f, img, bpp, 63, 31, 16); }, "encoder " + std::to_string(bpp));
 }
