@@ -129,9 +129,8 @@ namespace vqcj {
 HWY_EXPORT(EncodeBC45);
 
 VqcStatus ownEncodeBC45Image(int format, const uint8_t* src, uint32_t step, VqciSize roi, uint8_t* dst) {
-    if (VqcStatus st = Check().ptr(src).ptr(dst).fail(step == 0, vqcStatusBadStep).roi(roi)) return st;
-    VQCJ_DISPATCH(EncodeBC45)(format, src, step, roi.width, roi.height, dst);
-    return vqcStatusOk;
+    return ownEncodeChecked(src, step, roi, dst,
+                            [=](int32_t w, int32_t h) { VQCJ_DISPATCH(EncodeBC45)(format, src, step, w, h, dst); });
 }
 
 }  // namespace vqcj

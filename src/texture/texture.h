@@ -127,11 +127,11 @@ inline void ownEncodeWalk(const uint8_t* src, uint32_t step, int32_t w, int32_t 
     }
 }
 
-// The encoders' checks, in the decoders' order, and their walk.
-template <int BlockBytes, int Bpp, class F>
-inline VqcStatus ownEncodeImage(const uint8_t* src, uint32_t step, VqciSize roi, uint8_t* dst, F block) {
+// The encoders' checks, in the decoders' order; then `run(width, height)`.
+template <class F>
+inline VqcStatus ownEncodeChecked(const uint8_t* src, uint32_t step, VqciSize roi, const uint8_t* dst, F run) {
     if (VqcStatus st = Check().ptr(src).ptr(dst).fail(step == 0, vqcStatusBadStep).roi(roi)) return st;
-    ownEncodeWalk<BlockBytes, Bpp>(src, step, roi.width, roi.height, dst, block);
+    run(roi.width, roi.height);
     return vqcStatusOk;
 }
 
