@@ -879,6 +879,52 @@ VQCJ_API VqcStatus vqciFLCDecode4x4_JPEGXR_1u32s_C1IR(Vqc8u** ppBitStream, uint3
 
 
 /* ---- Texture block codecs -------------------------------------------- */
+/*
+ * Whole-image DXT1/3/5, BC4, BC5, BC6H and BC7 decoders and the fast DXT,
+ * BC4, BC5 and YCoCg-in-DXT5 encoders. Blocks are dense, in raster order,
+ * ceil(width/4) to a row; a partial block at the right or bottom edge is
+ * decoded whole and cropped, or encoded from its valid pixels with the last
+ * pixel and row repeated. Steps are unsigned: only 0 is refused.
+ * Checks: pointers -8, step 0: -14, width or height below 1: -6.
+ * Palettes truncate; DXT1 three-colour entry 3 is opaque white; DXT3 alpha v
+ * decodes to v << 4. BC6H outputs half-float bit patterns, R, G, B; its
+ * partial blocks are read through a 16-byte-a-row local buffer, so a caller
+ * that needs exact edges pads the image to a multiple of 4.
+ * The BC7 encoder packs one 4x4 block in the named mode and reports its
+ * squared error, truncated; it keeps a library-wide work array and must not
+ * run on two threads at once. Checks: pointers -8, step 0: -14, mode > 7:
+ * -9999.
+ */
+VQCJ_API VqcStatus vqciTextureDecodeBlockToRGBA_DXT1_8u_C1C4R(const Vqc8u* pSrc, Vqc8u* pDst, uint32_t dstStep,
+                                                              VqciSize dstRoi);
+VQCJ_API VqcStatus vqciTextureDecodeBlockToRGBA_DXT3_8u_C1C4R(const Vqc8u* pSrc, Vqc8u* pDst, uint32_t dstStep,
+                                                              VqciSize dstRoi);
+VQCJ_API VqcStatus vqciTextureDecodeBlockToRGBA_DXT5_8u_C1C4R(const Vqc8u* pSrc, Vqc8u* pDst, uint32_t dstStep,
+                                                              VqciSize dstRoi);
+VQCJ_API VqcStatus vqciTextureDecodeBlock_BC4_8u_C1R(const Vqc8u* pSrc, Vqc8u* pDst, uint32_t dstStep,
+                                                     VqciSize dstRoi);
+VQCJ_API VqcStatus vqciTextureDecodeBlockToRG_BC5_8u_C1C2R(const Vqc8u* pSrc, Vqc8u* pDst, uint32_t dstStep,
+                                                           VqciSize dstRoi);
+VQCJ_API VqcStatus vqciTextureDecodeBlockToRGBA_BC7_8u_C1C4R(const Vqc8u* pSrc, Vqc8u* pDst, uint32_t dstStep,
+                                                             VqciSize dstRoi);
+VQCJ_API VqcStatus vqciTextureDecodeBlockToRGB_BC6_16s_C1C3R(const Vqc8u* pSrc, Vqc16s* pDst, uint32_t dstStep,
+                                                             VqciSize dstRoi);
+VQCJ_API VqcStatus vqciTextureDecodeBlockToRGB_BC6_16u_C1C3R(const Vqc8u* pSrc, Vqc16u* pDst, uint32_t dstStep,
+                                                             VqciSize dstRoi);
+VQCJ_API VqcStatus vqciTextureEncodeBlockFromRGBA_DXT1_8u_C4C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
+                                                                Vqc8u* pDst);
+VQCJ_API VqcStatus vqciTextureEncodeBlockFromRGBA_DXT3_8u_C4C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
+                                                                Vqc8u* pDst);
+VQCJ_API VqcStatus vqciTextureEncodeBlockFromRGBA_DXT5_8u_C4C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
+                                                                Vqc8u* pDst);
+VQCJ_API VqcStatus vqciTextureEncodeBlock_BC4_8u_C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
+                                                     Vqc8u* pDst);
+VQCJ_API VqcStatus vqciTextureEncodeBlockFromRG_BC5_8u_C2C1R(const Vqc8u* pSrc, uint32_t srcStep, VqciSize srcRoi,
+                                                             Vqc8u* pDst);
+VQCJ_API VqcStatus vqciTextureEncodeBlockFromYCoCg_DXT5_8u_C3C1R(const Vqc8u* pSrc, uint32_t srcStep,
+                                                                 VqciSize srcRoi, Vqc8u* pDst);
+VQCJ_API VqcStatus vqciTextureEncodeBlock4x4FromRGBA_BC7_8u_C4C1R(const Vqc8u* pSrc, uint32_t srcStep, Vqc8u* pDst,
+                                                                  int32_t* pError, uint32_t mode);
 
 #ifdef __cplusplus
 }
