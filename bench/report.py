@@ -104,6 +104,10 @@ ROWS += [
     ("bench_jpeg2k_wavelet", "B53Inv16s", "OpjB53Inv", "JPEG 2000 5/3 inverse 2D, 4096², 16s, vs OpenJPEG's DWT", None),
     ("bench_jpeg2k_wavelet", "D97Fwd32s", "OpjD97Fwd", "JPEG 2000 9/7 forward 2D, 4096², 32s, vs OpenJPEG's DWT", None),
     ("bench_jpeg2k_wavelet", "D97Inv32s", "OpjD97Inv", "JPEG 2000 9/7 inverse 2D, 4096², 32s, vs OpenJPEG's DWT", None),
+    ("bench_texture", "BM_DecodeDXT1", "BM_DecodeDXT1Libsquish", "BC1 decode, 4096² photograph, vs libsquish", None),
+    ("bench_texture", "BM_DecodeDXT5", "BM_DecodeDXT5Libsquish", "BC3 decode, vs libsquish", None),
+    ("bench_texture", "BM_EncodeDXT1", "BM_EncodeDXT1LibsquishRange", "BC1 fast encode, vs libsquish range fit", None),
+    ("bench_texture", "BM_EncodeDXT5", "BM_EncodeDXT5LibsquishRange", "BC3 fast encode, vs libsquish range fit", None),
     ("bench_jpegxr", "BM_PCT_ours", "BM_PCT_jxrlib", "JPEG XR 4x4 core transform 32s, forward + inverse, vs jxrlib", None),
 ]
 
