@@ -251,6 +251,10 @@ inline VqcStatus ownHuffDecodeSymbol(const Vqc8u* pSrc, int32_t srcLenBytes, int
     return st;
 }
 
+// Moves code lengths above 16 up to 16 (bits[l]: codes of length l);
+// -64 when that cannot be done.
+VqcStatus ownHuffLimitLengths(uint8_t bits[33]);
+
 // The Free of every table and state: null -8, else released.
 VqcStatus ownHuffFree(void* p);
 

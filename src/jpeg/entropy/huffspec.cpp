@@ -95,6 +95,25 @@ VqcStatus initAlloc(const Vqc8u* listBits, const Vqc8u* listVals, Spec** spec, B
 
 }  // namespace
 
+VqcStatus ownHuffLimitLengths(uint8_t bits[33]) {
+    // Incomplete codes (counts that never merged) or a wrapped byte can
+    // leave an odd count or nothing shorter to split; there is no sensible
+    // table then.
+    for (int32_t i = 32; i > 16; --i) {
+        while (bits[i] != 0) {
+            if (bits[i] < 2) return vqcStatusBadHuffmanTable;
+            int32_t j = i - 2;
+            while (j > 0 && bits[j] == 0) --j;
+            if (j == 0) return vqcStatusBadHuffmanTable;
+            bits[i] = static_cast<uint8_t>(bits[i] - 2);
+            ++bits[i - 1];
+            bits[j + 1] = static_cast<uint8_t>(bits[j + 1] + 2);
+            --bits[j];
+        }
+    }
+    return vqcStatusOk;
+}
+
 VqcStatus ownHuffFree(void* p) {
     if (p == nullptr) return vqcStatusNullPtr;
     ownFree(p);
@@ -188,21 +207,7 @@ VQCJ_API VqcStatus vqciEncodeHuffmanRawTableInit_JPEG_8u(const Vqc32s statistics
         if (codesize[i] > 32) return vqcStatusBadHuffmanTable;
         ++bits[codesize[i]];  // a byte: 256 codes of one length wrap to 0
     }
-    // Limit to 16 bits. Incomplete codes (counts that never merged) or a
-    // wrapped byte can leave an odd count or nothing shorter to split; there
-    // is no sensible table then.
-    for (int32_t i = 32; i > 16; --i) {
-        while (bits[i] != 0) {
-            if (bits[i] < 2) return vqcStatusBadHuffmanTable;
-            int32_t j = i - 2;
-            while (j > 0 && bits[j] == 0) --j;
-            if (j == 0) return vqcStatusBadHuffmanTable;
-            bits[i] = static_cast<uint8_t>(bits[i] - 2);
-            ++bits[i - 1];
-            bits[j + 1] = static_cast<uint8_t>(bits[j + 1] + 2);
-            --bits[j];
-        }
-    }
+    if (VqcStatus st = ownHuffLimitLengths(bits)) return st;
     int32_t i = 16;
     while (i > 0 && bits[i] == 0) --i;
     if (i > 0) --bits[i];
