@@ -59,7 +59,10 @@ struct FastSink {
     void put(uint32_t v, uint32_t len) {
         acc = (acc << len) | v;
         n += len;
-        if (n >= 32) {
+        if (n >= 32) flush32();
+    }
+    void flush32() {
+        {
             n -= 32;
             const uint32_t w = static_cast<uint32_t>(acc >> n);
             if (!hasByteFF(w, 0xFFFFFFFFu)) {
@@ -82,6 +85,16 @@ struct FastSink {
         put(v & lowMask(len), len);
         return vqcStatusOk;
     }
+    // Code and value bits in one put: at most 32 bits.
+    VqcStatus symbol(uint32_t word, int32_t v, uint32_t c) {
+        const uint32_t len = word >> 16;
+        if (len - 1 > 15) return vqcStatusBadHuffmanTable;
+        const uint64_t bits = static_cast<uint64_t>(word & 0xFFFF) << c | (extraBits(v) & lowMask(c));
+        acc = (acc << len << c) | bits;
+        n += len + c;
+        if (n >= 32) flush32();
+        return vqcStatusOk;
+    }
     VqcStatus done(VqcStatus s) {
         for (; n >= 8; n -= 8) {
             lastByte = static_cast<uint32_t>(acc >> (n - 8)) & 0xFF;
@@ -95,12 +108,12 @@ struct FastSink {
     }
 };
 
-// Code and value bits of one coefficient as one write when both are there.
-template <class Sink>
-inline VqcStatus putSymbol(Sink& out, uint32_t word, int32_t v, uint32_t c) {
+// Code and value bits of one coefficient.
+inline VqcStatus putSymbol(ExactSink& out, uint32_t word, int32_t v, uint32_t c) {
     if (VqcStatus s = out.code(word)) return s;
     return c != 0 ? out.bits(extraBits(v), c) : vqcStatusOk;
 }
+inline VqcStatus putSymbol(FastSink& out, uint32_t word, int32_t v, uint32_t c) { return out.symbol(word, v, c); }
 
 // One block. Category 16 after a run of 15 would index the word behind the
 // 256-word table; it is a symbol without a code.
