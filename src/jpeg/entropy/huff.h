@@ -263,6 +263,22 @@ struct HuffReader {
     }
 };
 
+// A single difference: symbol 0 is 0, 1 to 15 take that many value bits,
+// 16 and above are -32768 (category 16) without value bits.
+inline VqcStatus ownHuffDecodeDifference(HuffReader& r, const VqciDecodeHuffmanSpec* table, int32_t* v) {
+    uint32_t sym;
+    if (VqcStatus st = r.decode(table, &sym)) return st;
+    if (sym == 0 || sym >= 16) {
+        *v = sym == 0 ? 0 : -32768;
+        return vqcStatusOk;
+    }
+    if (r.cnt < static_cast<int32_t>(sym)) {
+        if (VqcStatus st = r.fill(static_cast<int32_t>(sym))) return st;
+    }
+    *v = extendValue(r.take(sym), sym);
+    return vqcStatusOk;
+}
+
 // Tops up the state's bits; see HuffReader::fill.
 inline VqcStatus ownHuffFillBits(const Vqc8u* pSrc, int32_t srcLenBytes, int32_t* pSrcCurrPos, int32_t* pMarker,
                                  int32_t nbits, VqciDecodeHuffmanState* pState) {
