@@ -13,48 +13,12 @@
 #include <string>
 
 #include "photos.h"
+#include "jpeg/entropy/scan_walk.h"
 #include "support/jpeg_streams.h"
 
 using namespace vqcjtest;
 
 namespace {
-
-struct Tables {
-    VqciEncodeHuffmanSpec encDc[4], encAc[4];
-    VqciDecodeHuffmanSpec decDc[4], decAc[4];
-    explicit Tables(const JpegScan& s) {
-        for (int i = 0; i < 4; ++i) {
-            if (s.dc[i].present) {
-                EXPECT_EQ(vqciEncodeHuffmanSpecInit_JPEG_8u(s.dc[i].bits.data(), s.dc[i].vals.data(), &encDc[i]), 0);
-                EXPECT_EQ(vqciDecodeHuffmanSpecInit_JPEG_8u(s.dc[i].bits.data(), s.dc[i].vals.data(), &decDc[i]), 0);
-            }
-            if (s.ac[i].present) {
-                EXPECT_EQ(vqciEncodeHuffmanSpecInit_JPEG_8u(s.ac[i].bits.data(), s.ac[i].vals.data(), &encAc[i]), 0);
-                EXPECT_EQ(vqciDecodeHuffmanSpecInit_JPEG_8u(s.ac[i].bits.data(), s.ac[i].vals.data(), &decAc[i]), 0);
-            }
-        }
-    }
-};
-
-int slot(const JpegScan& s, int comp) {
-    for (int i = 0; i < s.compCount; ++i)
-        if (s.comps[i] == comp) return i;
-    return 0;
-}
-
-// Steps over the RST marker that ends an interval when the reader has not
-// met it yet, or accepts the one it met.
-void passRestart(const JpegScan& s, int32_t& pos, int32_t& marker, int interval) {
-    const int expected = 0xD0 + ((interval - 1) & 7);
-    if (marker == 0) {
-        ASSERT_EQ(s.data[pos], 0xFF);
-        ASSERT_EQ(s.data[pos + 1], expected);
-        pos += 2;
-    } else {
-        ASSERT_EQ(marker, expected);
-        marker = 0;
-    }
-}
 
 void checkScan(JpegFile& f, const JpegScan& s, bool optimised, const std::string& what) {
     SCOPED_TRACE(what);
