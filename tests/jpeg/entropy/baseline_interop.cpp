@@ -23,6 +23,7 @@ namespace {
 void checkScan(JpegFile& f, const JpegScan& s, bool optimised, const std::string& what) {
     SCOPED_TRACE(what);
     Tables t(s);
+    ASSERT_TRUE(t.ok);
     const int mcus = f.mcusPerRow(s) * f.mcuRows(s);
     const int ri = s.restartInterval;
     const int32_t len = static_cast<int32_t>(s.data.size());

@@ -18,67 +18,6 @@
 
 namespace {
 
-enum Pass { kDCFirst, kDCRefine, kACFirst, kACRefine };
-
-Pass passOf(const JpegScan& s) {
-    if (s.Ss == 0) return s.Ah ? kDCRefine : kDCFirst;
-    return s.Ah ? kACRefine : kACFirst;
-}
-
-struct ScanCoder {
-    const JpegScan& s;
-    Tables t;
-    Pass pass;
-    explicit ScanCoder(const JpegScan& sc) : s(sc), t(sc), pass(passOf(sc)) {}
-
-    VqcStatus decode(const Vqc8u* src, int32_t len, int32_t* pos, Vqc16s* blk, Vqc16s* pred, int32_t* marker, int i,
-                     VqciDecodeHuffmanState* st) {
-        switch (pass) {
-            case kDCFirst:
-                return vqciDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(src, len, pos, blk, pred, marker, s.Al,
-                                                                  &t.decDc[s.td[i]], st);
-            case kDCRefine:
-                return vqciDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(src, len, pos, blk, marker, s.Al, st);
-            case kACFirst:
-                return vqciDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(src, len, pos, blk, marker, s.Ss, s.Se, s.Al,
-                                                                  &t.decAc[s.ta[i]], st);
-            default:
-                return vqciDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(src, len, pos, blk, marker, s.Ss, s.Se, s.Al,
-                                                                   &t.decAc[s.ta[i]], st);
-        }
-    }
-    // AC scans have one component, so i is 0 there and the flush needs no block.
-    VqcStatus encode(const Vqc16s* blk, Vqc8u* out, int32_t len, int32_t* pos, Vqc16s* pred, int i,
-                     VqciEncodeHuffmanState* st, int flush) {
-        switch (pass) {
-            case kDCFirst:
-                return vqciEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(blk, out, len, pos, pred, s.Al, &t.encDc[s.td[i]],
-                                                                  st, flush);
-            case kDCRefine:
-                return vqciEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(blk, out, len, pos, s.Al, st, flush);
-            case kACFirst:
-                return vqciEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(blk, out, len, pos, s.Ss, s.Se, s.Al,
-                                                                  &t.encAc[s.ta[i]], st, flush);
-            default:
-                return vqciEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(blk, out, len, pos, s.Ss, s.Se, s.Al,
-                                                                   &t.encAc[s.ta[i]], st, flush);
-        }
-    }
-    VqcStatus stats(const Vqc16s* blk, Vqc32s (*dc)[257], Vqc32s (*ac)[257], Vqc16s* pred, int i,
-                    VqciEncodeHuffmanState* st, int flush) {
-        switch (pass) {
-            case kDCFirst:
-                return flush ? 0 : vqciGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(blk, dc[s.td[i]], pred, s.Al);
-            case kDCRefine:
-                return 0;
-            case kACFirst:
-                return vqciGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(blk, ac[s.ta[i]], s.Ss, s.Se, s.Al, st, flush);
-            default:
-                return vqciGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(blk, ac[s.ta[i]], s.Ss, s.Se, s.Al, st, flush);
-        }
-    }
-};
-
 void checkFile(JpegFile& f, const std::string& what) {
     SCOPED_TRACE(what);
     std::vector<JpegComponent> acc = f.comps;  // our decoding, scan after scan
@@ -87,6 +26,7 @@ void checkFile(JpegFile& f, const std::string& what) {
         const JpegScan& s = f.scans[si];
         SCOPED_TRACE("scan " + std::to_string(si));
         ScanCoder coder(s);
+        ASSERT_TRUE(coder.t.ok);
         const int mcus = f.mcusPerRow(s) * f.mcuRows(s), ri = s.restartInterval;
         VqciDecodeHuffmanState ds;
         vqciDecodeHuffmanStateInit_JPEG_8u(&ds);

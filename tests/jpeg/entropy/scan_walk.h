@@ -1,32 +1,15 @@
-// Tables of a scan in our four forms, and the walk over its restart
-// markers, shared by the interop tests.
+// The walk over a scan's restart markers, shared by the interop tests.
 #pragma once
 
 #include <gtest/gtest.h>
 #include <vqcj.h>
 
+#include "support/jpeg_passes.h"
 #include "support/jpeg_streams.h"
 
 namespace {
 
 using namespace vqcjtest;
-
-struct Tables {
-    VqciEncodeHuffmanSpec encDc[4], encAc[4];
-    VqciDecodeHuffmanSpec decDc[4], decAc[4];
-    explicit Tables(const JpegScan& s) {
-        for (int i = 0; i < 4; ++i) {
-            if (s.dc[i].present) {
-                EXPECT_EQ(vqciEncodeHuffmanSpecInit_JPEG_8u(s.dc[i].bits.data(), s.dc[i].vals.data(), &encDc[i]), 0);
-                EXPECT_EQ(vqciDecodeHuffmanSpecInit_JPEG_8u(s.dc[i].bits.data(), s.dc[i].vals.data(), &decDc[i]), 0);
-            }
-            if (s.ac[i].present) {
-                EXPECT_EQ(vqciEncodeHuffmanSpecInit_JPEG_8u(s.ac[i].bits.data(), s.ac[i].vals.data(), &encAc[i]), 0);
-                EXPECT_EQ(vqciDecodeHuffmanSpecInit_JPEG_8u(s.ac[i].bits.data(), s.ac[i].vals.data(), &decAc[i]), 0);
-            }
-        }
-    }
-};
 
 inline int slot(const JpegScan& s, int comp) {
     for (int i = 0; i < s.compCount; ++i)
