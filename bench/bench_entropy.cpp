@@ -149,17 +149,18 @@ void decodeOursDirect(benchmark::State& state) {
 
 void peerError(j_common_ptr) { std::abort(); }
 
-void encodePeer(benchmark::State& state) {
-    const Data& d = data();
+// libjpeg-turbo re-writing the coefficients of `file` into memory, as
+// baseline with its standard tables or progressively with its default script.
+void peerWrite(benchmark::State& state, const std::vector<uint8_t>& file, bool progressive) {
     jpeg_decompress_struct src{};
     jpeg_error_mgr err{};
     src.err = jpeg_std_error(&err);
     err.error_exit = peerError;
     jpeg_create_decompress(&src);
-    jpeg_mem_src(&src, d.file.data(), static_cast<unsigned long>(d.file.size()));
+    jpeg_mem_src(&src, file.data(), static_cast<unsigned long>(file.size()));
     jpeg_read_header(&src, TRUE);
     jvirt_barray_ptr* coefs = jpeg_read_coefficients(&src);
-    std::vector<unsigned char> buf(d.file.size() + 65536);
+    std::vector<unsigned char> buf(file.size() + 65536);
     for (auto _ : state) {
         jpeg_compress_struct dst{};
         jpeg_error_mgr err2{};
@@ -171,6 +172,7 @@ void encodePeer(benchmark::State& state) {
         jpeg_mem_dest(&dst, &out, &outSize);
         jpeg_copy_critical_parameters(&src, &dst);
         dst.optimize_coding = FALSE;
+        if (progressive) jpeg_simple_progression(&dst);  // optimises its tables whatever is asked
         jpeg_write_coefficients(&dst, coefs);
         jpeg_finish_compress(&dst);
         jpeg_destroy_compress(&dst);
@@ -179,24 +181,32 @@ void encodePeer(benchmark::State& state) {
     }
     jpeg_finish_decompress(&src);
     jpeg_destroy_decompress(&src);
-    counters(state, d);
 }
 
-void decodePeer(benchmark::State& state) {
-    const Data& d = data();
+// libjpeg-turbo reading the coefficients of `file` from memory.
+void peerRead(benchmark::State& state, const std::vector<uint8_t>& file) {
     for (auto _ : state) {
         jpeg_decompress_struct src{};
         jpeg_error_mgr err{};
         src.err = jpeg_std_error(&err);
         err.error_exit = peerError;
         jpeg_create_decompress(&src);
-        jpeg_mem_src(&src, d.file.data(), static_cast<unsigned long>(d.file.size()));
+        jpeg_mem_src(&src, file.data(), static_cast<unsigned long>(file.size()));
         jpeg_read_header(&src, TRUE);
         benchmark::DoNotOptimize(jpeg_read_coefficients(&src));
         jpeg_finish_decompress(&src);
         jpeg_destroy_decompress(&src);
     }
-    counters(state, d);
+}
+
+void encodePeer(benchmark::State& state) {
+    peerWrite(state, data().file, false);
+    counters(state, data());
+}
+
+void decodePeer(benchmark::State& state) {
+    peerRead(state, data().file);
+    counters(state, data());
 }
 
 // ---- progressive ----
@@ -297,53 +307,13 @@ void decodeProgressiveOurs(benchmark::State& state) {
 }
 
 void encodeProgressivePeer(benchmark::State& state) {
-    const Progressive& p = progressive();
-    jpeg_decompress_struct src{};
-    jpeg_error_mgr err{};
-    src.err = jpeg_std_error(&err);
-    err.error_exit = peerError;
-    jpeg_create_decompress(&src);
-    jpeg_mem_src(&src, p.file.data(), static_cast<unsigned long>(p.file.size()));
-    jpeg_read_header(&src, TRUE);
-    jvirt_barray_ptr* coefs = jpeg_read_coefficients(&src);
-    std::vector<unsigned char> buf(p.file.size() + 65536);
-    for (auto _ : state) {
-        jpeg_compress_struct dst{};
-        jpeg_error_mgr err2{};
-        dst.err = jpeg_std_error(&err2);
-        err2.error_exit = peerError;
-        jpeg_create_compress(&dst);
-        unsigned char* out = buf.data();
-        unsigned long outSize = buf.size();
-        jpeg_mem_dest(&dst, &out, &outSize);
-        jpeg_copy_critical_parameters(&src, &dst);
-        jpeg_simple_progression(&dst);
-        jpeg_write_coefficients(&dst, coefs);
-        jpeg_finish_compress(&dst);
-        jpeg_destroy_compress(&dst);
-        benchmark::DoNotOptimize(out);
-        if (out != buf.data()) std::free(out);
-    }
-    jpeg_finish_decompress(&src);
-    jpeg_destroy_decompress(&src);
-    progressiveCounters(state, p);
+    peerWrite(state, progressive().file, true);
+    progressiveCounters(state, progressive());
 }
 
 void decodeProgressivePeer(benchmark::State& state) {
-    const Progressive& p = progressive();
-    for (auto _ : state) {
-        jpeg_decompress_struct src{};
-        jpeg_error_mgr err{};
-        src.err = jpeg_std_error(&err);
-        err.error_exit = peerError;
-        jpeg_create_decompress(&src);
-        jpeg_mem_src(&src, p.file.data(), static_cast<unsigned long>(p.file.size()));
-        jpeg_read_header(&src, TRUE);
-        benchmark::DoNotOptimize(jpeg_read_coefficients(&src));
-        jpeg_finish_decompress(&src);
-        jpeg_destroy_decompress(&src);
-    }
-    progressiveCounters(state, p);
+    peerRead(state, progressive().file);
+    progressiveCounters(state, progressive());
 }
 
 }  // namespace

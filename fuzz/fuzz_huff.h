@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
 namespace fuzzhuff {
 
@@ -51,6 +52,33 @@ inline void parse(const uint8_t* in, size_t n, Input& out) {
         vqciDecodeHuffmanSpecInit_JPEG_8u(kAcBits, kAcVals, &out.ac);
     }
     out.data = in, out.size = n, out.ok = true;
+}
+
+// An exact-size copy of the data, so that ASan sees any read beyond it.
+inline std::unique_ptr<Vqc8u[]> exactCopy(const Input& t) {
+    std::unique_ptr<Vqc8u[]> p(new Vqc8u[t.size]);
+    for (size_t i = 0; i < t.size; ++i) p[i] = t.data[i];
+    return p;
+}
+
+// Runs a decoding call up to `calls` times as a decoder would: a marker is
+// cleared and the state reset as at a restart, the end of the source stops.
+// A position outside the source or an undocumented status traps.
+template <class F>
+inline void drive(int32_t len, int32_t calls, F&& decode) {
+    VqciDecodeHuffmanState st;
+    vqciDecodeHuffmanStateInit_JPEG_8u(&st);
+    int32_t pos = 0, marker = 0;
+    for (int32_t i = 0; i < calls; ++i) {
+        const VqcStatus s = decode(&pos, &marker, &st);
+        if (pos < 0 || pos > len || (s != 0 && s != vqcStatusOutOfBuffer && s != vqcStatusBadHuffmanCode))
+            __builtin_trap();
+        if (s == vqcStatusOutOfBuffer) break;
+        if (marker != 0 || s != 0) {
+            marker = 0;
+            vqciDecodeHuffmanStateInit_JPEG_8u(&st);
+        }
+    }
 }
 
 }  // namespace fuzzhuff

@@ -1,8 +1,6 @@
 // The four progressive block decoders over arbitrary data, one pass per
 // input, accumulating into blocks as a progressive decoder does. Input: the
 // pass, Al and a band byte, then the layout of the other Huffman targets.
-#include <memory>
-
 #include "fuzz_huff.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* in, size_t n) {
@@ -12,29 +10,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* in, size_t n) {
     fuzzhuff::Input t;
     fuzzhuff::parse(in + 3, n - 3, t);
     if (!t.ok || t.size == 0) return 0;
+    const auto src = fuzzhuff::exactCopy(t);
     const int32_t len = static_cast<int32_t>(t.size);
-    std::unique_ptr<Vqc8u[]> src(new Vqc8u[t.size]);
-    for (size_t i = 0; i < t.size; ++i) src[i] = t.data[i];
-    VqciDecodeHuffmanState st;
-    vqciDecodeHuffmanStateInit_JPEG_8u(&st);
-    int32_t pos = 0, marker = 0;
     Vqc16s dc = 0, blk[4][64] = {};
-    for (int32_t b = 0; b < 4 * len + 8; ++b) {
-        Vqc16s* p = blk[b & 3];
-        VqcStatus s;
+    int b = 0;
+    fuzzhuff::drive(len, 4 * len + 8, [&](int32_t* pos, int32_t* marker, VqciDecodeHuffmanState* st) {
+        Vqc16s* p = blk[b++ & 3];
+        const Vqc8u* s = src.get();
         switch (pass) {
-            case 0: s = vqciDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(src.get(), len, &pos, p, &dc, &marker, Al, &t.dc, &st); break;
-            case 1: s = vqciDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(src.get(), len, &pos, p, &marker, Al, &st); break;
-            case 2: s = vqciDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(src.get(), len, &pos, p, &marker, Ss, Se, Al, &t.ac, &st); break;
-            default: s = vqciDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(src.get(), len, &pos, p, &marker, Ss, Se, Al, &t.ac, &st); break;
+            case 0: return vqciDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(s, len, pos, p, &dc, marker, Al, &t.dc, st);
+            case 1: return vqciDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(s, len, pos, p, marker, Al, st);
+            case 2: return vqciDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(s, len, pos, p, marker, Ss, Se, Al, &t.ac, st);
+            default: return vqciDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(s, len, pos, p, marker, Ss, Se, Al, &t.ac, st);
         }
-        if (pos < 0 || pos > len || (s != 0 && s != vqcStatusOutOfBuffer && s != vqcStatusBadHuffmanCode))
-            __builtin_trap();
-        if (s == vqcStatusOutOfBuffer) break;
-        if (marker != 0 || s != 0) {
-            marker = 0;
-            vqciDecodeHuffmanStateInit_JPEG_8u(&st);
-        }
-    }
+    });
     return 0;
 }

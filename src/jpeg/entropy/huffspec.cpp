@@ -11,9 +11,12 @@ namespace vqcj {
 
 namespace {
 
-// Code sizes of the list in order, closed by a zero; -64 as soon as the
-// running count passes 256 (exactly 256 is accepted).
-VqcStatus deriveSizes(const Vqc8u* listBits, uint8_t sizes[257], int32_t* total) {
+// The canonical codes of a BITS list: sizes[k] and codes[k] for each code
+// in list order, sizes closed by a zero. -64 as soon as the running count
+// passes 256 (exactly 256 is accepted). After the codes of each length l,
+// atLength(l, first, end, nextCode) may refuse the list with its status.
+template <class F>
+VqcStatus deriveCodes(const Vqc8u* listBits, uint8_t sizes[257], uint32_t codes[256], int32_t* total, F&& atLength) {
     int32_t k = 0;
     for (int32_t l = 1; l <= 16; ++l) {
         const int32_t n = listBits[l - 1];
@@ -22,24 +25,28 @@ VqcStatus deriveSizes(const Vqc8u* listBits, uint8_t sizes[257], int32_t* total)
     }
     sizes[k] = 0;
     *total = k;
+    uint32_t code = 0;
+    k = 0;
+    for (uint32_t l = 1; l <= 16; ++l) {
+        const int32_t first = k;
+        for (; k < *total && sizes[k] == l; ++k) codes[k] = code++;
+        if (VqcStatus st = atLength(l, first, k, code)) return st;
+        code <<= 1;  // lengths without codes double it all the same
+    }
     return vqcStatusOk;
 }
 
 VqcStatus buildEncode(const Vqc8u* listBits, const Vqc8u* listVals, VqciEncodeHuffmanSpec* spec) {
     std::memset(spec, 0, sizeof *spec);
     uint8_t sizes[257];
-    int32_t total;
-    if (VqcStatus st = deriveSizes(listBits, sizes, &total)) return st;
     uint32_t codes[256];
-    uint32_t code = 0;
-    int32_t k = 0;
-    for (uint32_t l = 1; l <= 16; ++l) {
-        for (; k < total && sizes[k] == l; ++k) codes[k] = code++;
-        // The next free code must still fit the length: this refuses the
-        // all-ones code, which JPEG reserves.
-        if (code >= (1u << l)) return vqcStatusBadHuffmanTable;
-        code <<= 1;
-    }
+    int32_t total;
+    // The next free code must still fit the length: this refuses the
+    // all-ones code, which JPEG reserves.
+    if (VqcStatus st = deriveCodes(listBits, sizes, codes, &total, [](uint32_t l, int32_t, int32_t, uint32_t next) {
+            return next >= (1u << l) ? vqcStatusBadHuffmanTable : vqcStatusOk;
+        }))
+        return st;
     for (int32_t i = 0; i < total; ++i) spec->codeWord[listVals[i]] = static_cast<uint32_t>(sizes[i]) << 16 | codes[i];
     return vqcStatusOk;
 }
@@ -49,23 +56,19 @@ VqcStatus buildEncode(const Vqc8u* listBits, const Vqc8u* listVals, VqciEncodeHu
 VqcStatus buildDecode(const Vqc8u* listBits, const Vqc8u* listVals, VqciDecodeHuffmanSpec* spec) {
     std::memset(spec, 0, sizeof *spec);
     uint8_t sizes[257];
-    int32_t total;
-    if (VqcStatus st = deriveSizes(listBits, sizes, &total)) return st;
     uint32_t codes[256];
-    uint32_t code = 0;
-    int32_t k = 0;
-    for (uint32_t l = 1; l <= 16; ++l) {
-        const int32_t first = k;
-        for (; k < total && sizes[k] == l; ++k) codes[k] = code++;
-        if (k > first) {
-            spec->valPtr[l] = static_cast<uint16_t>(first);
-            spec->minCode[l] = static_cast<uint16_t>(codes[first]);
-            spec->maxCode[l] = static_cast<uint16_t>(codes[k - 1]);
-        } else {
-            spec->maxCode[l] = 0xFFFF;
-        }
-        code <<= 1;
-    }
+    int32_t total;
+    if (VqcStatus st = deriveCodes(listBits, sizes, codes, &total, [&](uint32_t l, int32_t first, int32_t end, uint32_t) {
+            if (end > first) {
+                spec->valPtr[l] = static_cast<uint16_t>(first);
+                spec->minCode[l] = static_cast<uint16_t>(codes[first]);
+                spec->maxCode[l] = static_cast<uint16_t>(codes[end - 1]);
+            } else {
+                spec->maxCode[l] = 0xFFFF;
+            }
+            return vqcStatusOk;
+        }))
+        return st;
     spec->maxCode[17] = 0xFFFF;
     for (int32_t i = 0; i < total; ++i) spec->huffVal[i] = listVals[i];
     // Lookahead words, written through the record's bytes: an overfull list
