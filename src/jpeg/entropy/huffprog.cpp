@@ -100,6 +100,108 @@ uint32_t refineMagnitudes(const Vqc16s* pSrc, int32_t Ss, int32_t Se, int32_t Al
     return lastNew;
 }
 
+// The AC refinement walk, shared by the encoder and its statistics pass so
+// that both make the same decisions. Correction bits of earlier blocks (be)
+// wait at the start of the buffer, this block's (br) behind them. The sink:
+// pending(be) writes or counts the EOB run with the be bits that belong to
+// it; zeroRuns(r, be, br) the runs of 16 zeros before a new coefficient,
+// leaving r below 16; newBit(i, bit) keeps a correction bit; coefficient(r,
+// positive, be, br) a newly non-zero coefficient with the br bits after it.
+template <class Sink>
+VqcStatus refineWalk(Sink& out, const Vqc16s* pSrc, int32_t Ss, int32_t Se, int32_t Al, VqciEncodeHuffmanState* st) {
+    uint32_t a[64];
+    const uint32_t lastNew = refineMagnitudes(pSrc, Ss, Se, Al, a);
+    int32_t be = st->correctionCount, br = 0;
+    uint32_t r = 0;
+    for (int32_t k = Ss; k <= Se; ++k) {
+        const uint32_t t = a[k];
+        if (t == 0) {
+            ++r;
+            continue;
+        }
+        // Runs of 16 zeros are coded only where a new coefficient follows;
+        // others become part of the EOB run.
+        if (r > 15 && static_cast<uint32_t>(k) <= lastNew) {
+            if (VqcStatus s = out.zeroRuns(r, be, br)) return s;
+            be = br = 0;
+        }
+        if (t > 1) {
+            out.newBit(be + br++, t & 1);
+            continue;
+        }
+        if (VqcStatus s = out.coefficient(r, pSrc[ownZigzag[k]] >= 0, be, br)) return s;
+        be = br = 0;
+        r = 0;
+    }
+    if (r < 1 && br < 1) {
+        st->correctionCount = be;
+        return vqcStatusOk;
+    }
+    ++st->eobRun;
+    be += br;
+    if (st->eobRun != kMaxEobRun && be < kCorrectionLimit) {
+        st->correctionCount = be;
+        return vqcStatusOk;
+    }
+    if (VqcStatus s = out.pending(be)) return s;
+    st->correctionCount = 0;
+    return vqcStatusOk;
+}
+
+struct RefineWriter {
+    Writer w;
+    uint8_t* buf;
+
+    // On failure the bits still wait.
+    VqcStatus pending(int32_t be) {
+        VqcStatus s = w.emitEobRun();
+        if (s == vqcStatusOk) s = w.corrections(buf, be);
+        if (s != vqcStatusOk) w.st->correctionCount = be;
+        return s;
+    }
+    // Failures after the pending bits leave none waiting.
+    VqcStatus lost(VqcStatus s) {
+        w.st->correctionCount = 0;
+        return s;
+    }
+    VqcStatus zeroRuns(uint32_t& r, int32_t be, int32_t br) {
+        for (; r > 15; r -= 16, be = br = 0) {
+            if (VqcStatus s = pending(be)) return s;
+            VqcStatus s = w.code(0xF0);
+            if (s == vqcStatusOk) s = w.corrections(buf + be, br);
+            if (s != vqcStatusOk) return lost(s);
+        }
+        return vqcStatusOk;
+    }
+    void newBit(int32_t i, uint32_t bit) { buf[i] = static_cast<uint8_t>(bit); }
+    VqcStatus coefficient(uint32_t r, bool positive, int32_t be, int32_t br) {
+        if (VqcStatus s = pending(be)) return s;
+        VqcStatus s = w.code(r * 16 + 1);
+        if (s == vqcStatusOk) s = w.bits(positive ? 1 : 0, 1);
+        if (s == vqcStatusOk) s = w.corrections(buf + be, br);
+        return s != vqcStatusOk ? lost(s) : s;
+    }
+};
+
+struct RefineCounter {
+    Vqc32s* stats;
+    VqciEncodeHuffmanState* st;
+
+    VqcStatus pending(int32_t) { return countEobRun(stats, st); }
+    VqcStatus zeroRuns(uint32_t& r, int32_t, int32_t) {
+        if (VqcStatus s = countEobRun(stats, st)) return s;
+        stats[0xF0] = addW(stats[0xF0], static_cast<int32_t>(r / 16));
+        r &= 15;
+        return vqcStatusOk;
+    }
+    void newBit(int32_t, uint32_t) {}
+    VqcStatus coefficient(uint32_t r, bool, int32_t, int32_t) {
+        if (VqcStatus s = countEobRun(stats, st)) return s;
+        stats[r * 16 + 1] = addW(stats[r * 16 + 1], 1);
+        return vqcStatusOk;
+    }
+};
+
 }  // namespace
 
 }  // namespace vqcj
@@ -350,64 +452,8 @@ VQCJ_API VqcStatus vqciEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const Vqc16s* pSr
                            .fail(badScan(Ss, Se, Al), vqcStatusBadArg)
                            .fail(static_cast<uint32_t>(pState->correctionCount) > kMaxCorrectionCount, vqcStatusBadArg))
         return st;
-    uint32_t a[64];
-    const uint32_t lastNew = refineMagnitudes(pSrc, Ss, Se, Al, a);
-    int32_t be = pState->correctionCount, br = 0;
-    uint32_t r = 0;
-    // Writes the run and the correction bits that belong to it; on failure
-    // the bits still wait.
-    auto emitPending = [&]() -> VqcStatus {
-        VqcStatus st = w.emitEobRun();
-        if (st == vqcStatusOk) st = w.corrections(buf, be);
-        if (st != vqcStatusOk) pState->correctionCount = be;
-        return st;
-    };
-    for (int32_t k = Ss; k <= Se; ++k) {
-        const uint32_t t = a[k];
-        if (t == 0) {
-            ++r;
-            continue;
-        }
-        // Runs of 16 zeros are coded only where a new coefficient follows.
-        while (r > 15 && static_cast<uint32_t>(k) <= lastNew) {
-            if (VqcStatus st = emitPending()) return st;
-            VqcStatus st = w.code(0xF0);
-            if (st == vqcStatusOk) st = w.corrections(buf + be, br);
-            if (st != vqcStatusOk) {
-                pState->correctionCount = 0;
-                return st;
-            }
-            r -= 16;
-            be = br = 0;
-        }
-        if (t > 1) {
-            buf[be + br++] = static_cast<uint8_t>(t & 1);
-            continue;
-        }
-        if (VqcStatus st = emitPending()) return st;
-        VqcStatus st = w.code(r * 16 + 1);
-        if (st == vqcStatusOk) st = w.bits(pSrc[ownZigzag[k]] < 0 ? 0 : 1, 1);
-        if (st == vqcStatusOk) st = w.corrections(buf + be, br);
-        if (st != vqcStatusOk) {
-            pState->correctionCount = 0;
-            return st;
-        }
-        be = br = 0;
-        r = 0;
-    }
-    if (r < 1 && br < 1) {
-        pState->correctionCount = be;
-        return vqcStatusOk;
-    }
-    ++pState->eobRun;
-    be += br;
-    if (pState->eobRun != kMaxEobRun && be < kCorrectionLimit) {
-        pState->correctionCount = be;
-        return vqcStatusOk;
-    }
-    if (VqcStatus st = emitPending()) return st;
-    pState->correctionCount = 0;
-    return vqcStatusOk;
+    RefineWriter out{w, buf};
+    return refineWalk(out, pSrc, Ss, Se, Al, pState);
 }
 
 VQCJ_API VqcStatus vqciGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const Vqc16s* pSrc, Vqc32s* acStatistics,
@@ -421,44 +467,8 @@ VQCJ_API VqcStatus vqciGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const Vqc16s
         return st;
     }
     if (VqcStatus st = Check().ptr(pSrc).fail(badScan(Ss, Se, Al), vqcStatusBadArg)) return st;
-    uint32_t a[64];
-    const uint32_t lastNew = refineMagnitudes(pSrc, Ss, Se, Al, a);
-    int32_t be = pState->correctionCount, br = 0;
-    uint32_t r = 0;
-    for (int32_t k = Ss; k <= Se; ++k) {
-        const uint32_t t = a[k];
-        if (t == 0) {
-            ++r;
-            continue;
-        }
-        if (r > 15 && static_cast<uint32_t>(k) <= lastNew) {
-            if (VqcStatus st = countEobRun(acStatistics, pState)) return st;
-            acStatistics[0xF0] = addW(acStatistics[0xF0], static_cast<int32_t>(r / 16));
-            r &= 15;
-            be = br = 0;
-        }
-        if (t > 1) {
-            ++br;
-            continue;
-        }
-        if (VqcStatus st = countEobRun(acStatistics, pState)) return st;
-        acStatistics[r * 16 + 1] = addW(acStatistics[r * 16 + 1], 1);
-        be = br = 0;
-        r = 0;
-    }
-    if (r < 1 && br < 1) {
-        pState->correctionCount = be;
-        return vqcStatusOk;
-    }
-    ++pState->eobRun;
-    be += br;
-    if (pState->eobRun != kMaxEobRun && be < kCorrectionLimit) {
-        pState->correctionCount = be;
-        return vqcStatusOk;
-    }
-    if (VqcStatus st = countEobRun(acStatistics, pState)) return st;
-    pState->correctionCount = 0;
-    return vqcStatusOk;
+    RefineCounter out{acStatistics, pState};
+    return refineWalk(out, pSrc, Ss, Se, Al, pState);
 }
 
 VQCJ_API VqcStatus vqciDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const Vqc8u* pSrc, int32_t srcLenBytes,
