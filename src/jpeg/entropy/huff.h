@@ -222,6 +222,15 @@ struct HuffReader {
         return v;
     }
 
+    // s value bits, with a fill if they are not at hand, extended.
+    VqcStatus receive(uint32_t s, int32_t* v) {
+        if (cnt < static_cast<int32_t>(s)) {
+            if (VqcStatus st = fill(static_cast<int32_t>(s))) return st;
+        }
+        *v = extendValue(take(s), s);
+        return vqcStatusOk;
+    }
+
     // Codes longer than the 8-bit lookahead, or any code when fewer than 8
     // bits remain: one bit at a time against the last code of each length.
     VqcStatus decodeSlow(const VqciDecodeHuffmanSpec* t, uint32_t l, uint32_t* sym) {
@@ -272,11 +281,7 @@ inline VqcStatus ownHuffDecodeDifference(HuffReader& r, const VqciDecodeHuffmanS
         *v = sym == 0 ? 0 : -32768;
         return vqcStatusOk;
     }
-    if (r.cnt < static_cast<int32_t>(sym)) {
-        if (VqcStatus st = r.fill(static_cast<int32_t>(sym))) return st;
-    }
-    *v = extendValue(r.take(sym), sym);
-    return vqcStatusOk;
+    return r.receive(sym, v);
 }
 
 // Tops up the state's bits; see HuffReader::fill.

@@ -148,9 +148,8 @@ VQCJ_API VqcStatus vqciDecodeHuffman8x8_JPEG_1u16s_C1(const Vqc8u* pSrc, int32_t
     uint32_t sym;
     VqcStatus st = r.decode(dcTable, &sym);
     if (st == vqcStatusOk && (sym & 15) != 0) {
-        const uint32_t s = sym & 15;
-        if (r.cnt < static_cast<int32_t>(s)) st = r.fill(static_cast<int32_t>(s));
-        if (st == vqcStatusOk) *lastDC = static_cast<Vqc16s>(*lastDC + extendValue(r.take(s), s));
+        int32_t diff;
+        if ((st = r.receive(sym & 15, &diff)) == vqcStatusOk) *lastDC = static_cast<Vqc16s>(*lastDC + diff);
     }
     if (st != vqcStatusOk) {
         r.store(pSrcCurrPos, pState);
@@ -172,14 +171,14 @@ VQCJ_API VqcStatus vqciDecodeHuffman8x8_JPEG_1u16s_C1(const Vqc8u* pSrc, int32_t
         } else {
             k += run;
             remaining -= static_cast<int32_t>(run) + 1;
-            if (r.cnt < static_cast<int32_t>(s) && (st = r.fill(static_cast<int32_t>(s))) != vqcStatusOk) break;
-            const uint32_t bits = r.take(s);
+            int32_t v;
+            if ((st = r.receive(s, &v)) != vqcStatusOk) break;
             const uint32_t idx = ownZigzag[k++];
             if (idx > 63) {
                 r.store(pSrcCurrPos, pState);
                 return vqcStatusBadScanIndex;
             }
-            pDst[idx] = static_cast<Vqc16s>(extendValue(bits, s));
+            pDst[idx] = static_cast<Vqc16s>(v);
         }
         if (remaining < 1) break;
     }

@@ -22,6 +22,21 @@ uint32_t ownHuffLog2(uint32_t n) {
     return n < 256 ? ownCategory8.v[n] - (n != 0) : ownCategory8.v[(n >> 8) & 0xFF] + 7u;
 }
 
+// The argument checks of both AC decoders, in their order.
+VqcStatus checkAcDecode(const Vqc8u* pSrc, int32_t srcLenBytes, const int32_t* pSrcCurrPos, const Vqc16s* pDst,
+                        const int32_t* pMarker, int32_t Ss, int32_t Se, int32_t Al, const void* acTable,
+                        const void* pState) {
+    return Check()
+        .ptr(pSrc)
+        .size(srcLenBytes)
+        .ptr(pSrcCurrPos)
+        .ptr(pDst)
+        .ptr(pMarker)
+        .fail(badScan(Ss, Se, Al), vqcStatusBadArg)
+        .ptr(acTable)
+        .ptr(pState);
+}
+
 uint32_t magnitude(int32_t v) { return static_cast<uint32_t>(v < 0 ? -v : v); }
 
 // The writer with its destination, for the passes' many small writes.
@@ -271,9 +286,8 @@ VQCJ_API VqcStatus vqciDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(const Vqc8u* pSrc,
     uint32_t sym;
     VqcStatus st = r.decode(dcTable, &sym);
     if (st == vqcStatusOk && sym != 0) {
-        const uint32_t s = sym & 15;
-        if (r.cnt < static_cast<int32_t>(s)) st = r.fill(static_cast<int32_t>(s));
-        if (st == vqcStatusOk) *lastDC = static_cast<Vqc16s>(*lastDC + extendValue(r.take(s), s));
+        int32_t diff;
+        if ((st = r.receive(sym & 15, &diff)) == vqcStatusOk) *lastDC = static_cast<Vqc16s>(*lastDC + diff);
     }
     if (st == vqcStatusOk) pDst[0] = static_cast<Vqc16s>(shlW(*lastDC, Al));
     r.store(pSrcCurrPos, pState);
@@ -386,15 +400,7 @@ VQCJ_API VqcStatus vqciDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const Vqc8u* pSrc,
                                                                int32_t Ss, int32_t Se, int32_t Al,
                                                                const VqciDecodeHuffmanSpec* acTable,
                                                                VqciDecodeHuffmanState* pState) {
-    if (VqcStatus st = Check()
-                           .ptr(pSrc)
-                           .size(srcLenBytes)
-                           .ptr(pSrcCurrPos)
-                           .ptr(pDst)
-                           .ptr(pMarker)
-                           .fail(badScan(Ss, Se, Al), vqcStatusBadArg)
-                           .ptr(acTable)
-                           .ptr(pState))
+    if (VqcStatus st = checkAcDecode(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, Ss, Se, Al, acTable, pState))
         return st;
     if (pState->eobRun > 0) {
         --pState->eobRun;
@@ -421,8 +427,9 @@ VQCJ_API VqcStatus vqciDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const Vqc8u* pSrc,
             break;
         }
         k += r;
-        if (rd.cnt < static_cast<int32_t>(s) && (st = rd.fill(static_cast<int32_t>(s))) != vqcStatusOk) break;
-        pDst[ownZigzag[k]] = static_cast<Vqc16s>(shlW(extendValue(rd.take(s), s), Al));
+        int32_t v;
+        if ((st = rd.receive(s, &v)) != vqcStatusOk) break;
+        pDst[ownZigzag[k]] = static_cast<Vqc16s>(shlW(v, Al));
     }
     rd.store(pSrcCurrPos, pState);
     return st;
@@ -476,15 +483,7 @@ VQCJ_API VqcStatus vqciDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const Vqc8u* pSrc
                                                                 int32_t Ss, int32_t Se, int32_t Al,
                                                                 const VqciDecodeHuffmanSpec* acTable,
                                                                 VqciDecodeHuffmanState* pState) {
-    if (VqcStatus st = Check()
-                           .ptr(pSrc)
-                           .size(srcLenBytes)
-                           .ptr(pSrcCurrPos)
-                           .ptr(pDst)
-                           .ptr(pMarker)
-                           .fail(badScan(Ss, Se, Al), vqcStatusBadArg)
-                           .ptr(acTable)
-                           .ptr(pState))
+    if (VqcStatus st = checkAcDecode(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, Ss, Se, Al, acTable, pState))
         return st;
     const int32_t p1 = 1 << Al, m1 = shlW(-1, Al);
     HuffReader rd(pSrc, srcLenBytes, pSrcCurrPos, pMarker, pState);
