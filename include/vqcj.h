@@ -554,12 +554,251 @@ VQCJ_API VqcStatus vqciDecodeHuffmanRow_JPEG_1u16s_C1P4(const Vqc8u* pSrc, int32
 /* ---- JPEG 2000 component transforms ---------------------------------- */
 
 /* ---- JPEG 2000 code-block encoder ------------------------------------ */
+/*
+ * Tier-1 coding of one code-block in two phases. Load runs every coding pass
+ * and records each decision with its context, and the distortion reduction
+ * per pass; StoreBits feeds the records through the MQ coder (or the raw
+ * packer in bypass passes) into as many caller buffers as it takes.
+ * Samples are sign-magnitude: bit 31 the sign, bits 30..0 the magnitude.
+ * codeStyleFlags: 1 vertically causal, 2 bypass, 4 terminate each pass,
+ * 8 reset contexts after each pass, 16 segmentation symbols, 32 lossless
+ * distortion tables at the last plane (values of this library, not the
+ * codestream's style byte). mqTermType 1: standard flush, 2: predictable
+ * short flush, others: flush with all low bits set.
+ * The state starts with the tag "DSML"; Free does not test it.
+ */
+typedef struct VqciEncodeState_JPEG2K VqciEncodeState_JPEG2K;
+
+/* Checks: ppState -8; width, height -6; allocation -9 (*ppState null). */
+VQCJ_API VqcStatus vqciEncodeInitAlloc_JPEG2K(VqciEncodeState_JPEG2K** ppState, VqciSize codeBlockMaxSize);
+/* Checks: pState -8 (the tag is not tested). */
+VQCJ_API VqcStatus vqciEncodeFree_JPEG2K(VqciEncodeState_JPEG2K* pState);
+/*
+ * Checks: pState -8, tag -17, pSfBits, pNOfPasses, pNOfTermPasses -8,
+ * height, width -6, pSrc -8, srcStep -14. Planes from the top set bit down to
+ * 31 - magnBits are coded. mqRateAppr is accepted and not read.
+ */
+VQCJ_API VqcStatus vqciEncodeLoadCodeBlock_JPEG2K_32s_C1R(const Vqc32s* pSrc, int32_t srcStep,
+                                                           VqciSize codeBlockSize,
+                                                           VqciEncodeState_JPEG2K* pState,
+                                                           int32_t subband, int32_t magnBits,
+                                                           int32_t mqTermType, int32_t mqRateAppr,
+                                                           int32_t codeStyleFlags, int32_t* pSfBits,
+                                                           int32_t* pNOfPasses, int32_t* pNOfTermPasses);
+/*
+ * *pDstLen: capacity in, bytes written out; *pIsNotFinish non-zero while
+ * bytes remain. Checks: pState -8, tag -17, pDst, pDstLen, pIsNotFinish -8,
+ * *pDstLen below 1 -6.
+ */
+VQCJ_API VqcStatus vqciEncodeStoreBits_JPEG2K_1u(Vqc8u* pDst, int32_t* pDstLen,
+                                                  VqciEncodeState_JPEG2K* pState, int32_t* pIsNotFinish);
+/* Cumulative bytes a decoder needs through the pass. Checks: pState -8, tag -17, pRate -8, pass -113. */
+VQCJ_API VqcStatus vqciEncodeGetRate_JPEG2K(VqciEncodeState_JPEG2K* pState, int32_t passNumber, int32_t* pRate);
+/* Distortion reduction through the pass. Checks as GetRate. */
+VQCJ_API VqcStatus vqciEncodeGetDist_JPEG2K(VqciEncodeState_JPEG2K* pState, int32_t passNumber, double* pDist);
+/* Bytes of one terminated segment. Checks as GetRate, against the segment count. */
+VQCJ_API VqcStatus vqciEncodeGetTermPassLen_JPEG2K(VqciEncodeState_JPEG2K* pState, int32_t termPassNumber,
+                                                   int32_t* pLength);
+
 
 /* ---- JPEG 2000 code-block decoder ------------------------------------ */
+/*
+ * Tier-1 decoding, step by step (one Step per terminated segment) or in one
+ * call. The state starts with the tag "PAMC"; its size for a code-block of
+ * at most width x height comes from GetStateSize (equal to GetBufSize).
+ * flags: the encoder's codeStyleFlags bits 1, 2, 4, 8, 16, plus
+ * 0x10000 on a stream error keep the bits above the failing plane and set
+ * that plane's bit in non-zero magnitudes; 0x20000 do not clear pDst;
+ * 0x40000 no closing pass (the one-call form otherwise sets the middle bit
+ * of the undecoded range in non-zero magnitudes); 0x80000 do not clear the
+ * flag buffer. Output is sign-magnitude, as the encoder reads it.
+ * A stream that cannot be followed gives -112 and keeps the passes before.
+ */
+typedef struct VqciDecodeCBProgrState_JPEG2K VqciDecodeCBProgrState_JPEG2K;
+
+/* Checks: width, height -6; pSize -8. */
+VQCJ_API VqcStatus vqciDecodeCBProgrGetStateSize_JPEG2K(int32_t width, int32_t height, int32_t* pSize);
+VQCJ_API VqcStatus vqciDecodeGetBufSize_JPEG2K(int32_t width, int32_t height, int32_t* pSize);
+/* Checks: ppState -8; width, height -6; allocation -9 (*ppState null). */
+VQCJ_API VqcStatus vqciDecodeCBProgrInitAlloc_JPEG2K(VqciDecodeCBProgrState_JPEG2K** ppState, int32_t width,
+                                                     int32_t height);
+/* On caller memory of GetStateSize bytes. Checks: pState -8. */
+VQCJ_API VqcStatus vqciDecodeCBProgrInit_JPEG2K(VqciDecodeCBProgrState_JPEG2K* pState);
+/* Checks: pState -8, tag -17. */
+VQCJ_API VqcStatus vqciDecodeCBProgrFree_JPEG2K(VqciDecodeCBProgrState_JPEG2K* pState);
+/* Checks: pState -8, tag -17, pDst -8, dstStep -14, height, width -6. */
+VQCJ_API VqcStatus vqciDecodeCBProgrAttach_JPEG2K_32s_C1R(Vqc32s* pDst, int32_t dstStep, int32_t width,
+                                                          int32_t height, VqciDecodeCBProgrState_JPEG2K* pState,
+                                                          int32_t subband, int32_t sfBits, int32_t flags);
+/* Checks: pState -8, tag -17, pResult -8. */
+VQCJ_API VqcStatus vqciDecodeCBProgrGetCurBitPlaneNum_JPEG2K(VqciDecodeCBProgrState_JPEG2K* pState,
+                                                             int32_t* pResult);
+/* Checks: pState, pResult -8, then tag -17. */
+VQCJ_API VqcStatus vqciDecodeCBProgrGetPassCounter_JPEG2K(VqciDecodeCBProgrState_JPEG2K* pState,
+                                                          int32_t* pResult);
+/* Passes still to decode. Checks: pState -8, tag -17. */
+VQCJ_API VqcStatus vqciDecodeCBProgrSetPassCounter_JPEG2K(int32_t passCounter,
+                                                          VqciDecodeCBProgrState_JPEG2K* pState);
+/* One segment. Checks: pSrc, pState -8, tag -17, not attached -180. */
+VQCJ_API VqcStatus vqciDecodeCBProgrStep_JPEG2K(const Vqc8u* pSrc, int32_t srcLen,
+                                                VqciDecodeCBProgrState_JPEG2K* pState);
+/*
+ * pSrc holds the nOfTermPasses segments back to back, their lengths in
+ * pTermPassLen. pState: GetBufSize bytes of caller memory. Checks: pSrc,
+ * pState -8; height, width -6; pTermPassLen, pDst -8; dstStep -14.
+ */
+VQCJ_API VqcStatus vqciDecodeCodeBlock_JPEG2K_1u32s_C1R(const Vqc8u* pSrc, Vqc32s* pDst, int32_t dstStep,
+                                                        int32_t width, int32_t height, int32_t subband,
+                                                        int32_t sfBits, int32_t nOfPasses,
+                                                        const int32_t* pTermPassLen, int32_t nOfTermPasses,
+                                                        int32_t flags, int32_t* pErrorPlane,
+                                                        VqciDecodeCBProgrState_JPEG2K* pState);
+
 
 /* ---- JPEG XR photo core transform ------------------------------------ */
+/*
+ * The reversible 4x4 block transform, in place, on every 4x4 block of the
+ * area (16x16, 8x16 and 8x8 fixed, or a region whose sides are multiples of
+ * 4). 16s narrows each stored step by cutting to 16 bits; 32s wraps; 32f
+ * drops the rounding offsets and is not exactly reversible. HDP and JPEGXR
+ * 32s compute the same function. Checks of the fixed forms: pointer -8, step
+ * below the area's row bytes (unsigned) -14. Region forms: pointer -8, side
+ * below 1 -6, step below width times element bytes (unsigned) -14, side not
+ * a multiple of 4 -6.
+ */
+VQCJ_API VqcStatus vqciPCTFwd16x16_HDP_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd16x16_JPEGXR_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd16x16_JPEGXR_32f_C1IR(Vqc32f* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd16x16_JPEGXR_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd8x16_HDP_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd8x16_JPEGXR_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd8x16_JPEGXR_32f_C1IR(Vqc32f* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd8x16_JPEGXR_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd8x8_HDP_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd8x8_JPEGXR_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd8x8_JPEGXR_32f_C1IR(Vqc32f* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd8x8_JPEGXR_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd_HDP_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciPCTFwd_JPEGXR_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciPCTFwd_JPEGXR_32f_C1IR(Vqc32f* pSrcDst, int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciPCTFwd_JPEGXR_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciPCTInv16x16_HDP_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv16x16_JPEGXR_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv16x16_JPEGXR_32f_C1IR(Vqc32f* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv16x16_JPEGXR_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv8x16_HDP_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv8x16_JPEGXR_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv8x16_JPEGXR_32f_C1IR(Vqc32f* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv8x16_JPEGXR_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv8x8_HDP_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv8x8_JPEGXR_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv8x8_JPEGXR_32f_C1IR(Vqc32f* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv8x8_JPEGXR_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv_HDP_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciPCTInv_JPEGXR_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciPCTInv_JPEGXR_32f_C1IR(Vqc32f* pSrcDst, int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciPCTInv_JPEGXR_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep, VqciSize roiSize);
+
 
 /* ---- JPEG XR coefficient coding -------------------------------------- */
+/*
+ * Adaptive run-level coding of 4x4 blocks and of the DC layer, with the
+ * fixed-length layer of low bits. Bit streams go 16 bits at a time through
+ * memory, first byte high: *ppBitStream moves on, *pBitBuf holds the pending
+ * bits left-aligned and *pNumBits counts them (at most 32). Encoders leave at
+ * most 16 bits pending; decoders keep up to 32 bits for the next call.
+ *
+ * Table references in the state are 32-bit handles into the library's
+ * constant tables (0 is unset) and currentScan is the byte offset of the
+ * scan in force within the record, so the record has the same 1780 bytes on
+ * every target. The caller owns the record: Init, then ScanReset of each of
+ * the three scans, ScanSet, and Adapt or ScanReset whenever the codec says.
+ */
+typedef struct {
+    int32_t symbolCount;
+    int32_t tableIndex;
+    int32_t initialised;
+    int32_t upperBound;
+    int32_t lowerBound;
+} VqciVLCContext;
+
+typedef struct {
+    uint32_t count;
+    uint32_t index;
+    uint32_t column;
+    uint32_t row;
+} VqciVLCScanEntry;
+
+typedef struct {
+    uint32_t currentScan;
+    uint32_t encodeTable[21];
+    uint32_t delta1[21];
+    uint32_t delta2[21];
+    uint32_t decodeTable[21];
+    uint32_t decodeTableAlt[21];
+    VqciVLCContext contexts[21];
+    int32_t discriminant1[21];
+    int32_t discriminant2[21];
+    VqciVLCScanEntry scanTables[3][16];
+} VqciVLCState;
+
+VQCJ_API VqcStatus vqciVLCGetStateSize_JPEGXR(int32_t* size);
+VQCJ_API VqcStatus vqciVLCInit_JPEGXR(VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCAdapt_JPEGXR(VqciVLCState* pState, int32_t band);
+VQCJ_API VqcStatus vqciVLCScanReset_JPEGXR(VqciVLCState* pState, int32_t scan);
+VQCJ_API VqcStatus vqciVLCScanSet_JPEGXR(VqciVLCState* pState, uint32_t scan);
+VQCJ_API VqcStatus vqciVLCScan4x4DC_JPEGXR_32s(const Vqc32s* pSrc, uint32_t modelBits, Vqc32s* pResidual,
+                                               Vqc32s* pRunLevel, int32_t* pNumPairs, VqciVLCState* pState);
+
+VQCJ_API VqcStatus vqciVLCEncode4x4_JPEGXR_16s1u_C1R(const Vqc16s* pSrc, int32_t srcStep, int32_t chroma,
+                                                     uint32_t modelBits, Vqc8u** ppBitStream, uint32_t* pBitBuf,
+                                                     uint32_t* pNumBits, int32_t* pNumPairs, VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCEncode4x4_JPEGXR_32s1u_C1R(const Vqc32s* pSrc, int32_t srcStep, int32_t chroma,
+                                                     uint32_t modelBits, Vqc8u** ppBitStream, uint32_t* pBitBuf,
+                                                     uint32_t* pNumBits, int32_t* pNumPairs, VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCEncode4x4Flex_JPEGXR_16s1u_C1R(const Vqc16s* pSrc, int32_t srcStep, int32_t chroma,
+                                                         uint32_t modelBits, uint32_t trimBits, Vqc32s* pResidual,
+                                                         Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                         int32_t* pNumPairs, VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCEncode4x4Flex_JPEGXR_32s1u_C1R(const Vqc32s* pSrc, int32_t srcStep, int32_t chroma,
+                                                         uint32_t modelBits, uint32_t trimBits, Vqc32s* pResidual,
+                                                         Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                         int32_t* pNumPairs, VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCDecode4x4_JPEGXR_1u16s_C1R(Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                     Vqc16s quant, Vqc16s* pDst, int32_t dstStep, int32_t chroma,
+                                                     int32_t* pNumCoded, VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCDecode4x4_JPEGXR_1u32s_C1R(Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                     Vqc32s quant, Vqc32s* pDst, int32_t dstStep, int32_t chroma,
+                                                     int32_t* pNumCoded, VqciVLCState* pState);
+
+VQCJ_API VqcStatus vqciVLCEncodeDC444_JPEGXR_32s1u(const Vqc32s* pRunLevel, int32_t numPairs, int32_t chroma,
+                                                   Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                   VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCEncodeDC422_JPEGXR_32s1u(const Vqc32s* pRunLevel, int32_t numPairs, Vqc8u** ppBitStream,
+                                                   uint32_t* pBitBuf, uint32_t* pNumBits, VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCEncodeDC420_JPEGXR_32s1u(const Vqc32s* pRunLevel, int32_t numPairs, Vqc8u** ppBitStream,
+                                                   uint32_t* pBitBuf, uint32_t* pNumBits, VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCDecodeDC444_JPEGXR_1u32s(Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                   Vqc32s* pDst, int32_t chroma, int32_t* pNumPairs,
+                                                   VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCDecodeDC422_JPEGXR_1u32s(Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                   Vqc32s* pDst, int32_t* pNumPairs, VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCDecodeDC420_JPEGXR_1u32s(Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                   Vqc32s* pDst, int32_t* pNumPairs, VqciVLCState* pState);
+
+VQCJ_API VqcStatus vqciFLCEncode4x4_JPEGXR_16s1u_C1R(const Vqc16s* pSrc, int32_t srcStep, const Vqc32s* pResidual,
+                                                     Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                     uint32_t numBits, uint32_t trimBits, int32_t useResidual);
+VQCJ_API VqcStatus vqciFLCEncode4x4_JPEGXR_32s1u_C1R(const Vqc32s* pSrc, int32_t srcStep, const Vqc32s* pResidual,
+                                                     Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                     uint32_t numBits, uint32_t trimBits, int32_t useResidual);
+VQCJ_API VqcStatus vqciFLCDecode4x4_JPEGXR_1u16s_C1IR(Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                      Vqc16s* pSrcDst, int32_t srcDstStep, uint32_t numBits,
+                                                      Vqc16s quant, int32_t refine);
+VQCJ_API VqcStatus vqciFLCDecode4x4_JPEGXR_1u32s_C1IR(Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                      Vqc32s* pSrcDst, int32_t srcDstStep, uint32_t numBits,
+                                                      Vqc32s quant, int32_t refine);
+
 
 /* ---- Texture block codecs -------------------------------------------- */
 

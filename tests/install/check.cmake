@@ -38,7 +38,17 @@ run(cc -std=c99 -Wall -Werror -pedantic ${SOURCE_DIR}/tests/install/consumer.c $
 run(${WORK_DIR}/consumer_pc)
 message(STATUS "pkg-config consumer: ${last_output}")
 
-# CMake package, shared and static.
+# The static archive through pkg-config --static, as a C program links it.
+run(pkg-config --static --libs vqcj)
+string(STRIP "${last_output}" flags)
+string(REPLACE "-lvqcj " "${libdir}/libvqcj.a " flags "${flags} ")
+separate_arguments(flags UNIX_COMMAND "${flags}")
+run(cc -std=c99 -Wall -Werror -pedantic ${SOURCE_DIR}/tests/install/consumer.c -I${prefix}/include ${flags}
+    -Wl,-rpath,${libdir} -o ${WORK_DIR}/consumer_pc_static)
+run(${WORK_DIR}/consumer_pc_static)
+message(STATUS "pkg-config --static consumer: ${last_output}")
+
+# CMake package from a C-only project, shared and static.
 run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/tests/install/consumer -B ${WORK_DIR}/consumer
     -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_BUILD_TYPE=Release -DCMAKE_C_FLAGS=-std=c99\ -Wall\ -Werror\ -pedantic)
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/consumer)
