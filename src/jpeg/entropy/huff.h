@@ -62,19 +62,14 @@ inline bool hasByteFF(uint32_t w, uint32_t mask) {
     return ((x - 0x01010101u) & ~x & 0x80808080u & mask) != 0;
 }
 
-// Visits the non-zero AC coefficients of a block in zig-zag order as
-// f(run of zeros before it, value), stopping at the first non-zero status.
-// Returns that status, and the zeros after the last one in *trailing. The
-// coefficients are gathered first and the non-zero ones found through a bit
-// mask, so the walk branches per coefficient coded rather than per position.
-template <class F>
-inline VqcStatus ownHuffWalkAC(const Vqc16s* pSrc, uint32_t* trailing, F&& f) {
-    int16_t zz[64];
+// Bit k set for each non-zero AC coefficient at zig-zag position k (bit 0
+// clear). Four coefficients a word: the top bit of each non-zero lane,
+// gathered into four adjacent bits by one multiply (the partial products do
+// not overlap, so nothing carries). zz receives the coefficients in zig-zag
+// order.
+inline uint64_t ownHuffNonZeroMask(const Vqc16s* pSrc, int16_t zz[64]) {
     zz[0] = 0;
     for (int k = 1; k < 64; ++k) zz[k] = pSrc[ownZigzag[k]];
-    // Four coefficients a word: the top bit of each non-zero lane, gathered
-    // into four adjacent bits by one multiply (the partial products do not
-    // overlap, so nothing carries).
     uint64_t mask = 0;
     for (int i = 0; i < 16; ++i) {
         uint64_t w;
@@ -82,6 +77,17 @@ inline VqcStatus ownHuffWalkAC(const Vqc16s* pSrc, uint32_t* trailing, F&& f) {
         const uint64_t nz = (((w & 0x7FFF7FFF7FFF7FFFu) + 0x7FFF7FFF7FFF7FFFu) | w) & 0x8000800080008000u;
         mask |= (((nz >> 15) * 0x0000200040008001u) >> 45 & 0xF) << (4 * i);
     }
+    return mask;
+}
+
+// Visits the non-zero AC coefficients of a block in zig-zag order as
+// f(run of zeros before it, value), stopping at the first non-zero status.
+// Returns that status, and the zeros after the last one in *trailing. The
+// walk branches per coefficient coded rather than per position.
+template <class F>
+inline VqcStatus ownHuffWalkAC(const Vqc16s* pSrc, uint32_t* trailing, F&& f) {
+    int16_t zz[64];
+    uint64_t mask = ownHuffNonZeroMask(pSrc, zz);
     uint32_t last = 0;
     while (mask != 0) {
         const uint32_t k = static_cast<uint32_t>(__builtin_ctzll(mask));

@@ -532,9 +532,14 @@ VQCJ_API VqcStatus vqciDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const Vqc8u* pSrc
         }
     }
     if (pState->eobRun > 0) {
-        for (; k <= se; ++k) {
-            Vqc16s* c = pDst + ownZigzag[k];
-            if (*c != 0 && (st = refine(c)) != vqcStatusOk) goto done;
+        // Within a run every non-zero coefficient of the band takes a bit:
+        // found through a mask, as most positions are zero.
+        if (k <= se) {
+            int16_t zz[64];
+            uint64_t mask = ownHuffNonZeroMask(pDst, zz) >> k << k;
+            if (se < 63) mask &= (uint64_t{2} << se) - 1;
+            for (; mask != 0; mask &= mask - 1)
+                if ((st = refine(pDst + ownZigzag[__builtin_ctzll(mask)])) != vqcStatusOk) goto done;
         }
         --pState->eobRun;
     }
