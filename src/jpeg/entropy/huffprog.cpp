@@ -104,14 +104,17 @@ VqcStatus countEobRun(Vqc32s* stats, VqciEncodeHuffmanState* st) {
     return vqcStatusOk;
 }
 
-// Refinement magnitudes of the band and the last position that becomes
-// newly non-zero (0 when none).
-uint32_t refineMagnitudes(const Vqc16s* pSrc, int32_t Ss, int32_t Se, int32_t Al, uint32_t a[64]) {
+// Refinement magnitudes of the band, a mask of the non-zero ones, and the
+// last position that becomes newly non-zero (0 when none).
+uint32_t refineMagnitudes(const Vqc16s* pSrc, int32_t Ss, int32_t Se, int32_t Al, uint32_t a[64], uint64_t* nonZero) {
     uint32_t lastNew = 0;
+    uint64_t mask = 0;
     for (int32_t k = Ss; k <= Se; ++k) {
         a[k] = magnitude(pSrc[ownZigzag[k]]) >> Al;
-        if (a[k] == 1) lastNew = static_cast<uint32_t>(k);
+        mask |= static_cast<uint64_t>(a[k] != 0) << k;
+        lastNew = a[k] == 1 ? static_cast<uint32_t>(k) : lastNew;
     }
+    *nonZero = mask;
     return lastNew;
 }
 
@@ -125,18 +128,19 @@ uint32_t refineMagnitudes(const Vqc16s* pSrc, int32_t Ss, int32_t Se, int32_t Al
 template <class Sink>
 VqcStatus refineWalk(Sink& out, const Vqc16s* pSrc, int32_t Ss, int32_t Se, int32_t Al, VqciEncodeHuffmanState* st) {
     uint32_t a[64];
-    const uint32_t lastNew = refineMagnitudes(pSrc, Ss, Se, Al, a);
+    uint64_t nonZero;
+    const uint32_t lastNew = refineMagnitudes(pSrc, Ss, Se, Al, a, &nonZero);
     int32_t be = st->correctionCount, br = 0;
-    uint32_t r = 0;
-    for (int32_t k = Ss; k <= Se; ++k) {
+    // Zero positions only add to the run, so the walk visits the others.
+    uint32_t r = 0, prev = static_cast<uint32_t>(Ss) - 1;
+    for (; nonZero != 0; nonZero &= nonZero - 1) {
+        const uint32_t k = static_cast<uint32_t>(__builtin_ctzll(nonZero));
+        r += k - prev - 1;
+        prev = k;
         const uint32_t t = a[k];
-        if (t == 0) {
-            ++r;
-            continue;
-        }
         // Runs of 16 zeros are coded only where a new coefficient follows;
         // others become part of the EOB run.
-        if (r > 15 && static_cast<uint32_t>(k) <= lastNew) {
+        if (r > 15 && k <= lastNew) {
             if (VqcStatus s = out.zeroRuns(r, be, br)) return s;
             be = br = 0;
         }
@@ -148,6 +152,7 @@ VqcStatus refineWalk(Sink& out, const Vqc16s* pSrc, int32_t Ss, int32_t Se, int3
         be = br = 0;
         r = 0;
     }
+    r += static_cast<uint32_t>(Se) - prev;
     if (r < 1 && br < 1) {
         st->correctionCount = be;
         return vqcStatusOk;
