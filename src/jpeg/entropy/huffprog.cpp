@@ -37,6 +37,13 @@ VqcStatus checkAcDecode(const Vqc8u* pSrc, int32_t srcLenBytes, const int32_t* p
         .ptr(pState);
 }
 
+// Bit k set for each non-zero coefficient at zig-zag position k of Ss..Se.
+uint64_t bandMask(const Vqc16s* pSrc, int32_t Ss, int32_t Se) {
+    int16_t zz[64];
+    uint64_t mask = ownHuffNonZeroMask(pSrc, zz) >> Ss << Ss;
+    return Se < 63 ? mask & ((uint64_t{2} << Se) - 1) : mask;
+}
+
 uint32_t magnitude(int32_t v) { return static_cast<uint32_t>(v < 0 ? -v : v); }
 
 // The writer with its destination, for the passes' many small writes.
@@ -336,19 +343,15 @@ VQCJ_API VqcStatus vqciEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const Vqc16s* pSrc
         return ownHuffFlush(pDst, dstLenBytes, pDstCurrPos, pState);
     }
     if (VqcStatus st = Check().ptr(pSrc).fail(badScan(Ss, Se, Al), vqcStatusBadArg)) return st;
-    uint32_t r = 0;
-    for (int32_t k = Ss; k <= Se; ++k) {
+    // Zeros, and coefficients that shift to zero, only add to the run.
+    uint32_t r = 0, prev = static_cast<uint32_t>(Ss) - 1;
+    for (uint64_t nz = bandMask(pSrc, Ss, Se); nz != 0; nz &= nz - 1) {
+        const uint32_t k = static_cast<uint32_t>(__builtin_ctzll(nz));
         const int32_t v = pSrc[ownZigzag[k]];
-        if (v == 0) {
-            ++r;
-            continue;
-        }
-        // A coefficient that shifts to zero joins the run like a zero.
         const uint32_t t = magnitude(v) >> Al;
-        if (t == 0) {
-            ++r;
-            continue;
-        }
+        if (t == 0) continue;
+        r += k - prev - 1;
+        prev = k;
         if (VqcStatus st = w.emitEobRun()) return st;
         for (; r > 15; r -= 16)
             if (VqcStatus st = w.code(0xF0)) return st;
@@ -358,6 +361,7 @@ VQCJ_API VqcStatus vqciEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const Vqc16s* pSrc
         if (VqcStatus st = w.bits(v < 0 ? ~t : t, n)) return st;
         r = 0;
     }
+    r += static_cast<uint32_t>(Se) - prev;
     if (r < 1) return vqcStatusOk;
     if (++pState->eobRun == kMaxEobRun) {
         if (VqcStatus st = w.code(0xE0); st != vqcStatusOk) return st;
@@ -378,13 +382,13 @@ VQCJ_API VqcStatus vqciGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(const Vqc16s*
         return st;
     }
     if (VqcStatus st = Check().ptr(pSrc).fail(badScan(Ss, Se, Al), vqcStatusBadArg)) return st;
-    uint32_t r = 0;
-    for (int32_t k = Ss; k <= Se; ++k) {
+    uint32_t r = 0, prev = static_cast<uint32_t>(Ss) - 1;
+    for (uint64_t nz = bandMask(pSrc, Ss, Se); nz != 0; nz &= nz - 1) {
+        const uint32_t k = static_cast<uint32_t>(__builtin_ctzll(nz));
         const uint32_t t = magnitude(pSrc[ownZigzag[k]]) >> Al;
-        if (t == 0) {
-            ++r;
-            continue;
-        }
+        if (t == 0) continue;
+        r += k - prev - 1;
+        prev = k;
         if (VqcStatus st = countEobRun(acStatistics, pState)) return st;
         acStatistics[0xF0] = addW(acStatistics[0xF0], static_cast<int32_t>(r / 16));
         r &= 15;
@@ -393,6 +397,7 @@ VQCJ_API VqcStatus vqciGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(const Vqc16s*
         acStatistics[r * 16 + n] = addW(acStatistics[r * 16 + n], 1);
         r = 0;
     }
+    r += static_cast<uint32_t>(Se) - prev;
     if (r >= 1 && ++pState->eobRun == kMaxEobRun) {
         acStatistics[0xE0] = addW(acStatistics[0xE0], 1);
         pState->eobRun = 0;
