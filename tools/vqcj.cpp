@@ -17,6 +17,9 @@
 #ifdef VQCJ_HAVE_PHOTOS
 #include "photos.h"
 #endif
+#ifdef VQCJ_HAVE_JPEG
+#include "jpeg/cli.h"
+#endif
 
 namespace {
 
@@ -246,6 +249,9 @@ int demo(const char* image) {
 
 int main(int argc, char** argv) {
     if (argc >= 2 && std::strcmp(argv[1], "demo") == 0) return demo(argc >= 3 ? argv[2] : nullptr);
-    std::fprintf(stderr, "usage: vqcj demo [image.png|image.jpg]\n");
+#ifdef VQCJ_HAVE_JPEG
+    if (argc >= 2 && std::strcmp(argv[1], "jpeg") == 0) return vqcjpeg::jpegMain(argc - 2, argv + 2);
+#endif
+    std::fprintf(stderr, "usage: vqcj demo [image.png|image.jpg]\n       vqcj jpeg encode|decode|info ...\n");
     return 2;
 }
