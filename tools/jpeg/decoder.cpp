@@ -264,11 +264,17 @@ std::string decode(const uint8_t* data, size_t size, Image& out, int scaleDenom)
     if (std::string e = parse(data, size, p); !e.empty()) return e;
     if (p.frame.lossless()) return decodeLossless(data, size, p, out);
     if (scaleDenom != 1) return "scaled decoding is not supported yet";
+    if (std::string e = decodeScans(data, size, p); !e.empty()) return e;
+    return finishDct(p.frame, p.scans.back(), out);
+}
+
+std::string decodeScans(const uint8_t* data, size_t size, Parsed& p) {
     Frame& f = p.frame;
+    if (f.lossless()) return "a lossless file has no coefficients";
     for (Component& c : f.comps) c.coef.assign(size_t(c.paddedW) * c.paddedH * 64, 0);
     for (const ParsedScan& ps : p.scans)
         if (std::string e = decodeScan(data, size, f, ps); !e.empty()) return e;
-    return finishDct(f, p.scans.back(), out);
+    return {};
 }
 
 std::string describe(const uint8_t* data, size_t size, std::string& text) {

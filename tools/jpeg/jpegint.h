@@ -83,6 +83,10 @@ struct Parsed {
 // decoded later from dataBegin. Returns an empty string or the reason.
 std::string parse(const uint8_t* data, size_t size, Parsed& out);
 
+// Parses a DCT-coded file and decodes all its scans into the components'
+// coefficient arrays (quantised, natural order).
+std::string decodeScans(const uint8_t* data, size_t size, Parsed& p);
+
 // Finds the next marker at or after pos (0xFF followed by neither 0x00 nor
 // 0xFF); returns its code and leaves pos behind it, or -1 at the end.
 int nextMarker(const uint8_t* data, size_t size, size_t& pos);
