@@ -332,6 +332,130 @@ VQCJ_API VqcStatus vqciJoinRow_TIFF_8u16u_C1(const Vqc8u* const ppSrc[2], Vqc8u*
 VQCJ_API VqcStatus vqciSplitRow_TIFF_16u8u_C1(const Vqc8u* pSrc, Vqc8u* const ppDst[2], int32_t len);
 
 /* ---- JPEG Huffman tables and baseline coders ------------------------- */
+/*
+ * Tables. BITS lists are 16 counts (codes of length 1..16), HUFFVAL lists
+ * their symbols in code order, at most 256. Encoder tables hold one word per
+ * symbol: length << 16 | code, zero for a symbol without a code. Both table
+ * forms are plain data and may be placed in the caller's memory (GetBufSize
+ * gives 1024 and 1644 bytes). Decoder tables accept lists that encoder tables
+ * refuse (all-ones codes). InitAlloc stores the block even when the build
+ * fails with -64; release it with the matching Free. A failed allocation
+ * reports -8. Free of null: -8.
+ * RawTableInit builds length-limited optimal lists from 257 counts (the word
+ * behind the 256 symbol counts is read and replaced by the reserved all-ones
+ * code); -64 when the lengths cannot be limited to 16 bits.
+ */
+typedef struct {
+    uint32_t codeWord[256];   /* length << 16 | code, indexed by symbol */
+} VqciEncodeHuffmanSpec;
+
+typedef struct {
+    uint16_t huffVal[256];
+    uint32_t fastLookup[256]; /* next 8 bits: length << 16 | symbol; 0 for longer codes */
+    uint16_t minCode[18];
+    uint16_t maxCode[18];     /* 0xFFFF: no code of that length */
+    uint16_t valPtr[18];
+} VqciDecodeHuffmanSpec;
+
+/*
+ * Encoder state: up to 7 pending bits between calls, the first at bit 23 of
+ * bitBuffer. One state serves one entropy-coded segment; a call with a
+ * non-zero flushState pads the last byte with ones and resets the state.
+ */
+typedef struct {
+    uint64_t bitBuffer;
+    int32_t bitCount;
+    int32_t eobRun;
+    int32_t correctionCount;
+    uint8_t correctionBits[1024];
+} VqciEncodeHuffmanState;
+
+/*
+ * Decoder state: fetched bits, the newest at bit 0, and their count. The
+ * reader stops at a marker and stores its second byte in *pMarker; it reads
+ * no further bytes until the caller clears that word.
+ */
+typedef struct {
+    uint64_t bitBuffer;
+    int32_t bitCount;
+    int32_t eobRun;
+    int32_t coefCount;        /* zig-zag positions used by the last 8x8 block */
+} VqciDecodeHuffmanState;
+
+VQCJ_API VqcStatus vqciEncodeHuffmanSpecGetBufSize_JPEG_8u(int32_t* size);
+VQCJ_API VqcStatus vqciEncodeHuffmanSpecInit_JPEG_8u(const Vqc8u* listBits, const Vqc8u* listVals,
+                                                      VqciEncodeHuffmanSpec* spec);
+VQCJ_API VqcStatus vqciEncodeHuffmanSpecInitAlloc_JPEG_8u(const Vqc8u* listBits, const Vqc8u* listVals,
+                                                           VqciEncodeHuffmanSpec** spec);
+VQCJ_API VqcStatus vqciEncodeHuffmanSpecFree_JPEG_8u(VqciEncodeHuffmanSpec* spec);
+VQCJ_API VqcStatus vqciDecodeHuffmanSpecGetBufSize_JPEG_8u(int32_t* size);
+VQCJ_API VqcStatus vqciDecodeHuffmanSpecInit_JPEG_8u(const Vqc8u* listBits, const Vqc8u* listVals,
+                                                      VqciDecodeHuffmanSpec* spec);
+VQCJ_API VqcStatus vqciDecodeHuffmanSpecInitAlloc_JPEG_8u(const Vqc8u* listBits, const Vqc8u* listVals,
+                                                           VqciDecodeHuffmanSpec** spec);
+VQCJ_API VqcStatus vqciDecodeHuffmanSpecFree_JPEG_8u(VqciDecodeHuffmanSpec* spec);
+VQCJ_API VqcStatus vqciEncodeHuffmanRawTableInit_JPEG_8u(const Vqc32s statistics[257], Vqc8u* listBits,
+                                                          Vqc8u* listVals);
+
+/*
+ * Encoders. The stateful forms check pDst -8, dstLenBytes < 1 -6, pDstCurrPos
+ * and pState -8, then flush if asked (nothing else is read), then the block's
+ * pointers -8. -62 when the destination ends; -64 for a symbol without a
+ * code. Nothing is rolled back: a failed block is lost, the DC predictor has
+ * moved and the position tells how far it got. A position outside the buffer
+ * counts as its end.
+ * The Direct form writes at a bit position with no bound (the caller keeps a
+ * spare byte beyond the data), skips symbols without a code and flushes
+ * nothing. Statistics add to caller-cleared histograms of 257 words: -63 for
+ * a DC category above 15 or an AC category above 14.
+ */
+VQCJ_API VqcStatus vqciEncodeHuffmanStateGetBufSize_JPEG_8u(int32_t* size);
+VQCJ_API VqcStatus vqciEncodeHuffmanStateInit_JPEG_8u(VqciEncodeHuffmanState* pState);
+VQCJ_API VqcStatus vqciEncodeHuffmanStateInitAlloc_JPEG_8u(VqciEncodeHuffmanState** pState);
+VQCJ_API VqcStatus vqciEncodeHuffmanStateFree_JPEG_8u(VqciEncodeHuffmanState* pState);
+VQCJ_API VqcStatus vqciEncodeHuffman8x8_JPEG_16s1u_C1(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstLenBytes,
+                                                       int32_t* pDstCurrPos, Vqc16s* lastDC,
+                                                       const VqciEncodeHuffmanSpec* dcTable,
+                                                       const VqciEncodeHuffmanSpec* acTable,
+                                                       VqciEncodeHuffmanState* pState, int32_t flushState);
+VQCJ_API VqcStatus vqciEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const Vqc16s* pSrc, Vqc8u* pDst, int32_t* pDstBitsLen,
+                                                              Vqc16s* lastDC, const VqciEncodeHuffmanSpec* dcTable,
+                                                              const VqciEncodeHuffmanSpec* acTable);
+VQCJ_API VqcStatus vqciEncodeHuffmanOne_JPEG_16s1u_C1(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstLenBytes,
+                                                       int32_t* pDstCurrPos, const VqciEncodeHuffmanSpec* table,
+                                                       VqciEncodeHuffmanState* pState, int32_t flushState);
+VQCJ_API VqcStatus vqciGetHuffmanStatistics8x8_JPEG_16s_C1(const Vqc16s* pSrc, Vqc32s* dcStatistics,
+                                                            Vqc32s* acStatistics, Vqc16s* lastDC);
+VQCJ_API VqcStatus vqciGetHuffmanStatisticsOne_JPEG_16s_C1(const Vqc16s* pSrc, Vqc32s* statistics);
+
+/*
+ * Decoders. 8x8 checks pSrc -8, srcLenBytes < 0 -5, then the other pointers
+ * -8; One checks pSrc -8, srcLenBytes < 1 -6, then the others -8. -62 when
+ * the source ends short (also straight after a 0xFF), -63 for a code of more
+ * than 16 bits or too few bits after a marker. No byte at or beyond
+ * srcLenBytes is read; a position outside the buffer counts as its end.
+ * The Direct form reads until a marker (the data must end in one), keeps its
+ * bits in the caller's prefetchedBits/prefetchedCount and moves a bit
+ * position that always stands on a byte boundary.
+ */
+VQCJ_API VqcStatus vqciDecodeHuffmanStateGetBufSize_JPEG_8u(int32_t* size);
+VQCJ_API VqcStatus vqciDecodeHuffmanStateInit_JPEG_8u(VqciDecodeHuffmanState* pState);
+VQCJ_API VqcStatus vqciDecodeHuffmanStateInitAlloc_JPEG_8u(VqciDecodeHuffmanState** pState);
+VQCJ_API VqcStatus vqciDecodeHuffmanStateFree_JPEG_8u(VqciDecodeHuffmanState* pState);
+VQCJ_API VqcStatus vqciDecodeHuffman8x8_JPEG_1u16s_C1(const Vqc8u* pSrc, int32_t srcLenBytes, int32_t* pSrcCurrPos,
+                                                       Vqc16s* pDst, Vqc16s* lastDC, int32_t* pMarker,
+                                                       const VqciDecodeHuffmanSpec* dcTable,
+                                                       const VqciDecodeHuffmanSpec* acTable,
+                                                       VqciDecodeHuffmanState* pState);
+VQCJ_API VqcStatus vqciDecodeHuffman8x8_Direct_JPEG_1u16s_C1(const Vqc8u* pSrc, int32_t* pSrcBitsLen, Vqc16s* pDst,
+                                                              Vqc16s* lastDC, int32_t* pMarker,
+                                                              uint32_t* prefetchedBits, int32_t* prefetchedCount,
+                                                              const VqciDecodeHuffmanSpec* dcTable,
+                                                              const VqciDecodeHuffmanSpec* acTable);
+VQCJ_API VqcStatus vqciDecodeHuffmanOne_JPEG_1u16s_C1(const Vqc8u* pSrc, int32_t srcLenBytes, int32_t* pSrcCurrPos,
+                                                       Vqc16s* pDst, int32_t* pMarker,
+                                                       const VqciDecodeHuffmanSpec* table,
+                                                       VqciDecodeHuffmanState* pState);
 
 /* ---- JPEG progressive Huffman coders --------------------------------- */
 

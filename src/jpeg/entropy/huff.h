@@ -1,0 +1,261 @@
+// Huffman bit writer, bit reader and symbol decoder of the JPEG entropy
+// coders, shared by the baseline, progressive and lossless members.
+//
+// Writer: pending bits wait in the state's 32-bit buffer, the first at bit
+// 23; each complete byte leaves at once, followed by 0x00 when it is 0xFF.
+// Reader: fetched bits sit in the low 32 bits of the state's buffer, newest
+// at bit 0; a refill tops the count up to at least 25 a byte at a time and
+// stops at the end of the source or at a marker. Neither rolls back: on a
+// failure the position, marker and counts stand where the failure left them.
+#pragma once
+
+#include <vqcj.h>
+
+#include <cstdint>
+#include <cstring>
+
+namespace vqcj {
+
+static_assert(sizeof(VqciEncodeHuffmanSpec) == 1024);
+static_assert(sizeof(VqciDecodeHuffmanSpec) == 1644);
+static_assert(sizeof(VqciEncodeHuffmanState) == 1048);
+static_assert(sizeof(VqciDecodeHuffmanState) == 24);
+
+// Natural index of each zig-zag position, then 16 entries of 63 so that a
+// run overshooting the block by up to 15 positions lands on the last
+// coefficient instead of outside the block.
+inline constexpr uint8_t ownZigzag[80] = {
+    0,  1,  8,  16, 9,  2,  3,  10, 17, 24, 32, 25, 18, 11, 4,  5,  12, 19, 26, 33, 40, 48, 41, 34, 27, 20, 13,
+    6,  7,  14, 21, 28, 35, 42, 49, 56, 57, 50, 43, 36, 29, 22, 15, 23, 30, 37, 44, 51, 58, 59, 52, 45, 38, 31,
+    39, 46, 53, 60, 61, 54, 47, 55, 62, 63, 63, 63, 63, 63, 63, 63, 63, 63, 63, 63, 63, 63, 63, 63, 63, 63};
+
+struct CategoryTable {
+    uint8_t v[256];
+};
+constexpr CategoryTable makeCategoryTable() {
+    CategoryTable t{};
+    for (int m = 1; m < 256; ++m) t.v[m] = static_cast<uint8_t>(t.v[m >> 1] + 1);
+    return t;
+}
+inline constexpr CategoryTable ownCategory8 = makeCategoryTable();
+
+// Significant bits of a magnitude below 65536.
+inline uint32_t ownHuffCategory(uint32_t m) {
+    return m < 256 ? ownCategory8.v[m] : ownCategory8.v[(m >> 8) & 0xFF] + 8u;
+}
+
+// The low n bits, n from 0 to 32.
+inline uint32_t lowMask(uint32_t n) { return n >= 32 ? 0xFFFFFFFFu : (1u << n) - 1u; }
+
+// Magnitude bits of v for category c: v itself, or v - 1 when negative.
+inline uint32_t extraBits(int32_t v) { return static_cast<uint32_t>(v) - (static_cast<uint32_t>(v) >> 31); }
+
+// Value of s bits read from the stream: with the top bit clear the value is
+// negative, v + 1 - 2^s.
+inline int32_t extendValue(uint32_t v, uint32_t s) {
+    const uint32_t half = (1u << s) >> 1;
+    return static_cast<int32_t>(v < half ? v + 1u - (1u << s) : v);
+}
+
+inline bool hasByteFF(uint32_t w, uint32_t mask) {
+    const uint32_t x = ~w;
+    return ((x - 0x01010101u) & ~x & 0x80808080u & mask) != 0;
+}
+
+// ---- writer ---------------------------------------------------------------
+
+inline void ownHuffInitEncodeState(VqciEncodeHuffmanState* pState) {
+    pState->bitBuffer = 0;
+    pState->bitCount = 0;
+    pState->eobRun = 0;
+    pState->correctionCount = 0;
+    std::memset(pState->correctionBits, 0, sizeof pState->correctionBits);
+}
+
+// Appends the low nbits of value. A count of 0 is how a symbol without a
+// code shows itself, so it is refused with nothing changed. Bytes stored
+// before the destination ends stay stored; the state is written only on
+// success.
+inline VqcStatus ownHuffWriteBits(uint32_t value, int32_t nbits, Vqc8u* pDst, int32_t dstLenBytes,
+                                  int32_t* pDstCurrPos, VqciEncodeHuffmanState* pState) {
+    if (nbits == 0) return vqcStatusBadHuffmanTable;
+    int32_t total = pState->bitCount + nbits;
+    uint32_t buf = static_cast<uint32_t>(pState->bitBuffer) |
+                   (value & lowMask(static_cast<uint32_t>(nbits))) << ((24 - total) & 31);
+    int32_t pos = *pDstCurrPos;
+    while (total >= 8) {
+        if (static_cast<uint32_t>(pos) >= static_cast<uint32_t>(dstLenBytes)) {
+            *pDstCurrPos = pos;
+            return vqcStatusOutOfBuffer;
+        }
+        const uint8_t b = static_cast<uint8_t>(buf >> 16);
+        pDst[pos++] = b;
+        if (b == 0xFF) {
+            if (pos >= dstLenBytes) {
+                *pDstCurrPos = pos;
+                return vqcStatusOutOfBuffer;
+            }
+            pDst[pos++] = 0;
+        }
+        total -= 8;
+        buf <<= 8;
+    }
+    *pDstCurrPos = pos;
+    pState->bitBuffer = buf;
+    pState->bitCount = total;
+    return vqcStatusOk;
+}
+
+// A table word as the writer takes it: lengths above 16 are no code either,
+// since no table of ours holds one and the writer could not place it.
+inline VqcStatus ownHuffWriteCode(uint32_t word, Vqc8u* pDst, int32_t dstLenBytes, int32_t* pDstCurrPos,
+                                  VqciEncodeHuffmanState* pState) {
+    const uint32_t len = word >> 16;
+    if (len > 16) return vqcStatusBadHuffmanTable;
+    return ownHuffWriteBits(word & 0xFFFF, static_cast<int32_t>(len), pDst, dstLenBytes, pDstCurrPos, pState);
+}
+
+// Pads the last byte with ones and resets the state, whatever the write did.
+inline VqcStatus ownHuffFlush(Vqc8u* pDst, int32_t dstLenBytes, int32_t* pDstCurrPos,
+                              VqciEncodeHuffmanState* pState) {
+    const VqcStatus st = ownHuffWriteBits(127, 7, pDst, dstLenBytes, pDstCurrPos, pState);
+    ownHuffInitEncodeState(pState);
+    return st;
+}
+
+// ---- reader ---------------------------------------------------------------
+
+// The reader's fields held in locals for the length of one call; load from
+// and store to the caller's state and position around the work.
+struct HuffReader {
+    const Vqc8u* src;
+    int32_t len;
+    int32_t pos;
+    int32_t* marker;
+    uint32_t acc;
+    int32_t cnt;
+
+    HuffReader(const Vqc8u* s, int32_t n, const int32_t* pPos, int32_t* pMarker, const VqciDecodeHuffmanState* st)
+        : src(s), len(n), pos(*pPos), marker(pMarker), acc(static_cast<uint32_t>(st->bitBuffer)), cnt(st->bitCount) {}
+
+    void store(int32_t* pPos, VqciDecodeHuffmanState* st) const {
+        *pPos = pos;
+        st->bitBuffer = acc;
+        st->bitCount = cnt;
+    }
+
+    bool atEnd() const { return static_cast<uint32_t>(pos) >= static_cast<uint32_t>(len); }
+
+    // Tops the count up to at least 25. Ok when `need` bits are at hand, or
+    // when a marker stopped the fetch (the caller sees it in *marker).
+    VqcStatus fill(int32_t need) {
+        if (*marker != 0) return need > cnt ? vqcStatusBadHuffmanCode : vqcStatusOk;
+        while (cnt < 25) {
+            if (atEnd()) return need > cnt ? vqcStatusOutOfBuffer : vqcStatusOk;
+            // Whole bytes at once when the next ones hold no 0xFF.
+            if (cnt >= 0 && len - pos >= 4) {
+                const uint32_t nb = static_cast<uint32_t>(32 - cnt) >> 3;
+                uint32_t w;
+                std::memcpy(&w, src + pos, 4);
+                w = __builtin_bswap32(w);
+                if (!hasByteFF(w, 0xFFFFFFFFu << (32 - 8 * nb))) {
+                    acc = static_cast<uint32_t>((static_cast<uint64_t>(acc) << (8 * nb)) | (w >> (32 - 8 * nb)));
+                    cnt += static_cast<int32_t>(8 * nb);
+                    pos += static_cast<int32_t>(nb);
+                    return vqcStatusOk;
+                }
+            }
+            uint32_t b = src[pos++];
+            if (b == 0xFF) {
+                for (;;) {
+                    if (atEnd()) return vqcStatusOutOfBuffer;
+                    const uint32_t next = src[pos++];
+                    if (next == 0) break;
+                    if (next == 0xFF) continue;  // fill byte
+                    *marker = static_cast<int32_t>(next);
+                    return vqcStatusOk;
+                }
+            }
+            acc = (acc << 8) | b;
+            cnt += 8;
+        }
+        return vqcStatusOk;
+    }
+
+    // The next n bits (n up to 16). After a marker the count may be short;
+    // the value is then meaningless but the shift stays defined.
+    uint32_t peek(uint32_t n) const { return (acc >> ((cnt - static_cast<int32_t>(n)) & 31)) & lowMask(n); }
+    uint32_t take(uint32_t n) {
+        const uint32_t v = peek(n);
+        cnt -= static_cast<int32_t>(n);
+        return v;
+    }
+
+    // Codes longer than the 8-bit lookahead, or any code when fewer than 8
+    // bits remain: one bit at a time against the last code of each length.
+    VqcStatus decodeSlow(const VqciDecodeHuffmanSpec* t, uint32_t l, uint32_t* sym) {
+        if (cnt < static_cast<int32_t>(l)) {
+            if (VqcStatus st = fill(static_cast<int32_t>(l)); st < 0) return st;
+        }
+        uint32_t code = take(l);
+        for (;;) {
+            const uint32_t maxc = t->maxCode[l];
+            if (maxc != 0xFFFF && code <= maxc) {
+                // Only lists that overfill a length can point outside them.
+                const uint32_t idx = t->valPtr[l] - static_cast<uint32_t>(t->minCode[l]) + code;
+                if (idx > 255) break;
+                *sym = t->huffVal[idx];
+                return vqcStatusOk;
+            }
+            if (cnt < 1) {
+                if (VqcStatus st = fill(1); st < 0) return st;
+            }
+            code = (code << 1) | take(1);
+            if (++l > 16) break;
+        }
+        *sym = 0;
+        return vqcStatusBadHuffmanCode;
+    }
+
+    VqcStatus decode(const VqciDecodeHuffmanSpec* t, uint32_t* sym) {
+        if (cnt < 8) {
+            if (VqcStatus st = fill(0); st < 0) return st;
+            if (cnt < 8) return decodeSlow(t, 1, sym);
+        }
+        const uint32_t e = t->fastLookup[(acc >> (cnt - 8)) & 0xFF];
+        if (e >> 16) {
+            cnt -= static_cast<int32_t>(e >> 16);
+            *sym = e & 0xFFFF;
+            return vqcStatusOk;
+        }
+        return decodeSlow(t, 9, sym);
+    }
+};
+
+// Tops up the state's bits; see HuffReader::fill.
+inline VqcStatus ownHuffFillBits(const Vqc8u* pSrc, int32_t srcLenBytes, int32_t* pSrcCurrPos, int32_t* pMarker,
+                                 int32_t nbits, VqciDecodeHuffmanState* pState) {
+    HuffReader r(pSrc, srcLenBytes, pSrcCurrPos, pMarker, pState);
+    const VqcStatus st = r.fill(nbits);
+    r.store(pSrcCurrPos, pState);
+    return st;
+}
+
+// One symbol; 0 with -63 when no code of up to 16 bits matches.
+inline VqcStatus ownHuffDecodeSymbol(const Vqc8u* pSrc, int32_t srcLenBytes, int32_t* pSrcCurrPos, int32_t* pMarker,
+                                     uint32_t* pSymbol, const VqciDecodeHuffmanSpec* table,
+                                     VqciDecodeHuffmanState* pState) {
+    HuffReader r(pSrc, srcLenBytes, pSrcCurrPos, pMarker, pState);
+    const VqcStatus st = r.decode(table, pSymbol);
+    r.store(pSrcCurrPos, pState);
+    return st;
+}
+
+// Moves code lengths above 16 up to 16 (bits[l]: codes of length l);
+// -64 when that cannot be done.
+VqcStatus ownHuffLimitLengths(uint8_t bits[33]);
+
+// The Free of every table and state: null -8, else released.
+VqcStatus ownHuffFree(void* p);
+
+}  // namespace vqcj
