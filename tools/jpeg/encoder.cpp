@@ -466,7 +466,7 @@ std::string encodeLossless(const Image& img, const EncodeOptions& opt, std::vect
     for (int c = 0; c < n; ++c) {
         int32_t hist[257] = {};
         const Vqc16s* d = &diff[size_t(c) * img.height * w];
-        for (size_t i = 0; i < size_t(w) * img.height; ++i) vqciGetHuffmanStatisticsOne_JPEG_16s_C1(d[i], hist);
+        for (size_t i = 0; i < size_t(w) * img.height; ++i) vqciGetHuffmanStatisticsOne_JPEG_16s_C1(&d[i], hist);
         if (std::string e = optimal(hist, lists[c]); !e.empty()) return e;
         if (std::string e = buildSpec(lists[c], specs[c]); !e.empty()) return e;
     }
