@@ -15,6 +15,10 @@
 //    output interleave cancel; the replication subtracted with them makes the
 //    figure a lower bound of the peer's cost. Two planes are upsampled.
 // (TurboJPEG's own YUV decoder never upsamples fancily, so it is no peer.)
+//
+// Kernel level, the same row forms beside libjpeg-turbo's AVX2 down- and
+// fancy up-samplers from its static archive, over the whole plane in one
+// call each as its encoder and decoder use them.
 #include <benchmark/benchmark.h>
 #include <omp.h>
 #include <vqcj.h>
@@ -290,6 +294,54 @@ BENCHMARK_CAPTURE(BM_Peer_Up, 422, TJSAMP_422)
 BENCHMARK_CAPTURE(BM_Peer_Up, 420, TJSAMP_420)
     ->Name("Peer/UpH2V2_Triangle_libjpeg420_fancy_minus_plain")->UseManualTime();
 
+#endif
+
+#ifdef VQCJ_HAVE_JSIMD
+}  // namespace
+extern "C" {
+void jsimd_h2v1_downsample_avx2(JDIMENSION, int, JDIMENSION, JDIMENSION, JSAMPARRAY, JSAMPARRAY);
+void jsimd_h2v2_downsample_avx2(JDIMENSION, int, JDIMENSION, JDIMENSION, JSAMPARRAY, JSAMPARRAY);
+void jsimd_h2v1_fancy_upsample_avx2(int, JDIMENSION, JSAMPARRAY, JSAMPARRAY*);
+void jsimd_h2v2_fancy_upsample_avx2(int, JDIMENSION, JSAMPARRAY, JSAMPARRAY*);
+}
+namespace {
+
+// Row pointers of the full plane (kH rows), of the half plane with one
+// context row above and below (kH + 2), and of an output plane.
+struct KernelRows {
+    std::vector<JSAMPROW> full, half, out;
+    std::vector<uint8_t> dst = std::vector<uint8_t>(size_t(kW + 64) * kH);
+    KernelRows() {
+        for (int y = 0; y < kH; ++y) full.push_back(const_cast<JSAMPROW>(data().fullAt(y)));
+        for (int y = -1; y <= kH; ++y) half.push_back(const_cast<JSAMPROW>(data().halfAt(y)));
+        for (int y = 0; y < kH; ++y) out.push_back(&dst[size_t(y) * (kW + 64)]);
+    }
+};
+
+void BM_Jsimd_Down(benchmark::State& state, int v) {
+    KernelRows k;
+    for (auto _ : state) {
+        if (v == 1) jsimd_h2v1_downsample_avx2(kW, kH, kH, kW / 16, k.full.data(), k.out.data());
+        else jsimd_h2v2_downsample_avx2(kW, kH, kH / 2, kW / 16, k.full.data(), k.out.data());
+        benchmark::DoNotOptimize(k.dst.data());
+    }
+    count(state);
+}
+void BM_Jsimd_Up(benchmark::State& state, int v) {
+    KernelRows k;
+    JSAMPARRAY out = k.out.data();
+    for (auto _ : state) {
+        // Half-width rows; H2V2 reads rows -1..kH/2 and writes two rows each.
+        if (v == 1) jsimd_h2v1_fancy_upsample_avx2(kH, kW / 2, k.half.data() + 1, &out);
+        else jsimd_h2v2_fancy_upsample_avx2(kH, kW / 2, k.half.data() + 1, &out);
+        benchmark::DoNotOptimize(k.dst.data());
+    }
+    count(state);
+}
+BENCHMARK_CAPTURE(BM_Jsimd_Down, h2v1, 1)->Name("Peer/DownRowH2V1_Box_jsimd_h2v1_downsample_avx2");
+BENCHMARK_CAPTURE(BM_Jsimd_Down, h2v2, 2)->Name("Peer/DownRowH2V2_Box_jsimd_h2v2_downsample_avx2");
+BENCHMARK_CAPTURE(BM_Jsimd_Up, h2v1, 1)->Name("Peer/UpRowH2V1_Triangle_jsimd_h2v1_fancy_upsample_avx2");
+BENCHMARK_CAPTURE(BM_Jsimd_Up, h2v2, 2)->Name("Peer/UpRowH2V2_Triangle_jsimd_h2v2_fancy_upsample_avx2");
 #endif
 
 }  // namespace

@@ -1,14 +1,17 @@
 // Blocks per second of the 8x8 transform exports beside libjpeg-turbo's
-// scalar integer DCTs (jpeg_fdct_islow with a rounding division per
-// coefficient, jpeg_idct_islow with its dequantisation and range limit).
+// integer DCTs: its AVX2 kernels from the static archive (sample loading
+// with the level shift, DCT, reciprocal quantiser; the inverse DCT with its
+// dequantisation and range limit), and its scalar C ones (jpeg_fdct_islow
+// with a rounding division per coefficient, jpeg_idct_islow).
 //
-// The blocks are cut from a photograph tiled to 1024x1024 (green channel),
-// 16384 blocks visited in turn. The coefficients of the inverse side are
+// The blocks are cut from a photograph tiled to 2048x2048 (green channel),
+// 65536 blocks visited in turn. The coefficients of the inverse side are
 // those blocks quantised with the T.81 luminance table at quality 75.
 #include <benchmark/benchmark.h>
 #include <vqcj.h>
 
 #include <array>
+#include <cstdint>
 #include <cstring>
 #include <vector>
 
@@ -27,12 +30,17 @@ extern "C" {
 void jpeg_fdct_islow(short* data);
 void jpeg_idct_islow(j_decompress_ptr cinfo, jpeg_component_info* compptr, JCOEFPTR coef_block,
                      JSAMPARRAY output_buf, JDIMENSION output_col);
+// The AVX2 kernels libjpeg-turbo picks on this machine.
+void jsimd_convsamp_avx2(JSAMPARRAY sample_data, JDIMENSION start_col, short* workspace);
+void jsimd_fdct_islow_avx2(short* data);
+void jsimd_quantize_avx2(JCOEFPTR coef_block, short* divisors, short* workspace);
+void jsimd_idct_islow_avx2(void* dct_table, JCOEFPTR coef_block, JSAMPARRAY output_buf, JDIMENSION output_col);
 }
 #endif
 
 namespace {
 
-constexpr int kSide = 1024;
+constexpr int kSide = 2048;
 constexpr int kBlocks = (kSide / 8) * (kSide / 8);
 
 // T.81 table K.1, natural order.
@@ -45,7 +53,8 @@ struct Data {
     std::vector<Vqc8u> plane = std::vector<Vqc8u>(size_t{kSide} * kSide);
     std::vector<Vqc16u> plane12 = std::vector<Vqc16u>(size_t{kSide} * kSide);
     std::vector<Vqc16s> centred;  // blocks, 64 each, level-shifted
-    std::vector<Vqc16s> coef;     // blocks, 64 each, quantised
+    std::vector<Vqc16s> coefStore;
+    Vqc16s* coef = nullptr;       // blocks, 64 each, quantised, 32-byte aligned as the AVX2 peer may want
     std::array<Vqc16u, 64> fwdTable{}, invTable{};
     std::array<Vqc32f, 64> fwdTable32f{}, invTable32f{};
     std::array<unsigned, 64> divisors{};  // natural order
@@ -82,7 +91,8 @@ struct Data {
         }
 
         centred.resize(size_t{kBlocks} * 64);
-        coef.resize(size_t{kBlocks} * 64);
+        coefStore.resize(size_t{kBlocks} * 64 + 16);
+        coef = coefStore.data() + (-(reinterpret_cast<uintptr_t>(coefStore.data()) / 2) & 15);
         for (int b = 0; b < kBlocks; ++b) {
             const Vqc8u* src = block(b);
             for (int r = 0; r < 8; ++r)
@@ -119,12 +129,12 @@ void runBlocks(benchmark::State& state, Op op) {
 }
 
 const Vqc16s* centred(const Data& d, int b) { return &d.centred[size_t{64} * b]; }
-const Vqc16s* coef(const Data& d, int b) { return &d.coef[size_t{64} * b]; }
+const Vqc16s* coef(const Data& d, int b) { return d.coef + size_t{64} * b; }
 
 // Output scratch; the in-place forms get a fresh copy of their block.
-alignas(16) Vqc16s out16s[64];
-alignas(16) Vqc16u out16u[64];
-alignas(16) Vqc8u out8u[64];
+alignas(32) Vqc16s out16s[64];
+alignas(32) Vqc16u out16u[64];
+alignas(32) Vqc8u out8u[64];
 
 void fresh(const Vqc16s* block) { std::memcpy(out16s, block, sizeof out16s); }
 
@@ -230,6 +240,82 @@ void BM_PeerFwd(benchmark::State& state) {
     });
 }
 
+// libjpeg-turbo's divisor table for its SIMD quantiser, as jcdctmgr.c's
+// compute_reciprocal lays it out: reciprocal, correction, scale and shift,
+// 64 entries each, for divisors 8 q (the islow DCT's output scale).
+struct PeerQuant {
+    alignas(32) std::array<short, 256> table{};
+
+    explicit PeerQuant(const std::array<unsigned, 64>& q) {
+        for (int i = 0; i < 64; ++i) {
+            const unsigned divisor = 8 * q[i];
+            short* t = table.data() + i;
+            if (divisor == 1) {
+                t[0] = 1, t[64] = 0, t[128] = 1, t[192] = -16;
+                continue;
+            }
+            int r = 16 + (31 - __builtin_clz(divisor));
+            unsigned fq = (1u << r) / divisor;
+            const unsigned fr = (1u << r) % divisor;
+            unsigned c = divisor / 2;
+            if (fr == 0) {
+                fq >>= 1;
+                --r;
+            } else if (fr <= divisor / 2) {
+                ++c;
+            } else {
+                ++fq;
+            }
+            t[0] = static_cast<short>(fq), t[64] = static_cast<short>(c);
+            t[128] = static_cast<short>(1 << (32 - r)), t[192] = static_cast<short>(r - 16);
+        }
+    }
+};
+
+// Row pointers of the plane, for the peer's sample loader.
+std::vector<JSAMPROW> planeRows(const Data& d) {
+    std::vector<JSAMPROW> rows(kSide);
+    for (int y = 0; y < kSide; ++y) rows[y] = const_cast<JSAMPLE*>(d.plane.data()) + size_t{kSide} * y;
+    return rows;
+}
+
+// Sample loading with the level shift, DCT and quantiser: the forward path
+// of libjpeg-turbo's compressor on AVX2.
+void BM_PeerAvx2Fwd(benchmark::State& state) {
+    static PeerQuant quant(data().divisors);
+    static std::vector<JSAMPROW> rows = planeRows(data());
+    // The divisor table is checked once against the rounding division.
+    {
+        alignas(32) short work[64];
+        jsimd_convsamp_avx2(rows.data(), 0, work);
+        jsimd_fdct_islow_avx2(work);
+        for (int i = 0; i < 64; ++i) {
+            const int q = data().divisors8[i], t = work[i], m = (t < 0 ? -t : t) + q / 2;
+            const int want = (t < 0 ? -1 : 1) * (m >= q ? m / q : 0);
+            jsimd_quantize_avx2(out16s, quant.table.data(), work);
+            if (out16s[i] != want) state.SkipWithError("peer divisor table");
+        }
+    }
+    runBlocks(state, [](const Data&, int b) {
+        alignas(32) short work[64];
+        jsimd_convsamp_avx2(&rows[8 * (b / (kSide / 8))], 8 * (b % (kSide / 8)), work);
+        jsimd_fdct_islow_avx2(work);
+        jsimd_quantize_avx2(out16s, quant.table.data(), work);
+        benchmark::DoNotOptimize(out16s);
+    });
+}
+
+void BM_PeerAvx2Inv(benchmark::State& state) {
+    alignas(32) static std::array<short, 64> mult{};
+    for (int i = 0; i < 64; ++i) mult[i] = static_cast<short>(data().divisors[i]);
+    static JSAMPROW rows[8];
+    for (int r = 0; r < 8; ++r) rows[r] = out8u + 8 * r;
+    runBlocks(state, [](const Data& d, int b) {
+        jsimd_idct_islow_avx2(mult.data(), const_cast<JCOEF*>(coef(d, b)), rows, 0);
+        benchmark::DoNotOptimize(out8u);
+    });
+}
+
 // The decompressor state jpeg_idct_islow reads: the range-limit table as
 // jdmaster.c's prepare_range_limit_table lays it out, and the multipliers.
 struct PeerIdct {
@@ -267,6 +353,7 @@ void BM_PeerInv(benchmark::State& state) {
 
 BENCHMARK(BM_FwdLS_8u16s)->Name("Fwd/DCTQuantFwd8x8LS_8u16s/vqcj");
 #ifdef VQCJ_HAVE_PEERS
+BENCHMARK(BM_PeerAvx2Fwd)->Name("Fwd/DCTQuantFwd8x8LS_8u16s/libjpeg_avx2_convsamp+fdct_islow+quantize");
 BENCHMARK(BM_PeerFwd)->Name("Fwd/DCTQuantFwd8x8LS_8u16s/libjpeg_fdct_islow+divide");
 #endif
 BENCHMARK(BM_Fwd_16s_C1)->Name("Fwd/DCTQuantFwd8x8_16s_C1/vqcj");
@@ -276,6 +363,7 @@ BENCHMARK(BM_QuantFwd)->Name("Fwd/QuantFwd8x8_16s_C1I/vqcj");
 
 BENCHMARK(BM_InvLS_16s8u)->Name("Inv/DCTQuantInv8x8LS_16s8u/vqcj");
 #ifdef VQCJ_HAVE_PEERS
+BENCHMARK(BM_PeerAvx2Inv)->Name("Inv/DCTQuantInv8x8LS_16s8u/libjpeg_avx2_idct_islow");
 BENCHMARK(BM_PeerInv)->Name("Inv/DCTQuantInv8x8LS_16s8u/libjpeg_idct_islow");
 #endif
 BENCHMARK(BM_Inv_16s_C1)->Name("Inv/DCTQuantInv8x8_16s_C1/vqcj");

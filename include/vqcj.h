@@ -474,8 +474,149 @@ VQCJ_API VqcStatus vqciDecodeHuffmanOne_JPEG_1u16s_C1(const Vqc8u* pSrc, int32_t
 /* ---- JPEG 2000 code-block decoder ------------------------------------ */
 
 /* ---- JPEG XR photo core transform ------------------------------------ */
+/*
+ * The reversible 4x4 block transform, in place, on every 4x4 block of the
+ * area (16x16, 8x16 and 8x8 fixed, or a region whose sides are multiples of
+ * 4). 16s narrows each stored step by cutting to 16 bits; 32s wraps; 32f
+ * drops the rounding offsets and is not exactly reversible. HDP and JPEGXR
+ * 32s compute the same function. Checks of the fixed forms: pointer -8, step
+ * below the area's row bytes (unsigned) -14. Region forms: pointer -8, side
+ * below 1 -6, step below width times element bytes (unsigned) -14, side not
+ * a multiple of 4 -6.
+ */
+VQCJ_API VqcStatus vqciPCTFwd16x16_HDP_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd16x16_JPEGXR_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd16x16_JPEGXR_32f_C1IR(Vqc32f* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd16x16_JPEGXR_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd8x16_HDP_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd8x16_JPEGXR_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd8x16_JPEGXR_32f_C1IR(Vqc32f* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd8x16_JPEGXR_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd8x8_HDP_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd8x8_JPEGXR_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd8x8_JPEGXR_32f_C1IR(Vqc32f* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd8x8_JPEGXR_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTFwd_HDP_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciPCTFwd_JPEGXR_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciPCTFwd_JPEGXR_32f_C1IR(Vqc32f* pSrcDst, int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciPCTFwd_JPEGXR_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciPCTInv16x16_HDP_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv16x16_JPEGXR_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv16x16_JPEGXR_32f_C1IR(Vqc32f* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv16x16_JPEGXR_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv8x16_HDP_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv8x16_JPEGXR_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv8x16_JPEGXR_32f_C1IR(Vqc32f* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv8x16_JPEGXR_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv8x8_HDP_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv8x8_JPEGXR_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv8x8_JPEGXR_32f_C1IR(Vqc32f* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv8x8_JPEGXR_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep);
+VQCJ_API VqcStatus vqciPCTInv_HDP_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciPCTInv_JPEGXR_16s_C1IR(Vqc16s* pSrcDst, int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciPCTInv_JPEGXR_32f_C1IR(Vqc32f* pSrcDst, int32_t srcDstStep, VqciSize roiSize);
+VQCJ_API VqcStatus vqciPCTInv_JPEGXR_32s_C1IR(Vqc32s* pSrcDst, int32_t srcDstStep, VqciSize roiSize);
+
 
 /* ---- JPEG XR coefficient coding -------------------------------------- */
+/*
+ * Adaptive run-level coding of 4x4 blocks and of the DC layer, with the
+ * fixed-length layer of low bits. Bit streams go 16 bits at a time through
+ * memory, first byte high: *ppBitStream moves on, *pBitBuf holds the pending
+ * bits left-aligned and *pNumBits counts them (at most 32). Encoders leave at
+ * most 16 bits pending; decoders keep up to 32 bits for the next call.
+ *
+ * Table references in the state are 32-bit handles into the library's
+ * constant tables (0 is unset) and currentScan is the byte offset of the
+ * scan in force within the record, so the record has the same 1780 bytes on
+ * every target. The caller owns the record: Init, then ScanReset of each of
+ * the three scans, ScanSet, and Adapt or ScanReset whenever the codec says.
+ */
+typedef struct {
+    int32_t symbolCount;
+    int32_t tableIndex;
+    int32_t initialised;
+    int32_t upperBound;
+    int32_t lowerBound;
+} VqciVLCContext;
+
+typedef struct {
+    uint32_t count;
+    uint32_t index;
+    uint32_t column;
+    uint32_t row;
+} VqciVLCScanEntry;
+
+typedef struct {
+    uint32_t currentScan;
+    uint32_t encodeTable[21];
+    uint32_t delta1[21];
+    uint32_t delta2[21];
+    uint32_t decodeTable[21];
+    uint32_t decodeTableAlt[21];
+    VqciVLCContext contexts[21];
+    int32_t discriminant1[21];
+    int32_t discriminant2[21];
+    VqciVLCScanEntry scanTables[3][16];
+} VqciVLCState;
+
+VQCJ_API VqcStatus vqciVLCGetStateSize_JPEGXR(int32_t* size);
+VQCJ_API VqcStatus vqciVLCInit_JPEGXR(VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCAdapt_JPEGXR(VqciVLCState* pState, int32_t band);
+VQCJ_API VqcStatus vqciVLCScanReset_JPEGXR(VqciVLCState* pState, int32_t scan);
+VQCJ_API VqcStatus vqciVLCScanSet_JPEGXR(VqciVLCState* pState, uint32_t scan);
+VQCJ_API VqcStatus vqciVLCScan4x4DC_JPEGXR_32s(const Vqc32s* pSrc, uint32_t modelBits, Vqc32s* pResidual,
+                                               Vqc32s* pRunLevel, int32_t* pNumPairs, VqciVLCState* pState);
+
+VQCJ_API VqcStatus vqciVLCEncode4x4_JPEGXR_16s1u_C1R(const Vqc16s* pSrc, int32_t srcStep, int32_t chroma,
+                                                     uint32_t modelBits, Vqc8u** ppBitStream, uint32_t* pBitBuf,
+                                                     uint32_t* pNumBits, int32_t* pNumPairs, VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCEncode4x4_JPEGXR_32s1u_C1R(const Vqc32s* pSrc, int32_t srcStep, int32_t chroma,
+                                                     uint32_t modelBits, Vqc8u** ppBitStream, uint32_t* pBitBuf,
+                                                     uint32_t* pNumBits, int32_t* pNumPairs, VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCEncode4x4Flex_JPEGXR_16s1u_C1R(const Vqc16s* pSrc, int32_t srcStep, int32_t chroma,
+                                                         uint32_t modelBits, uint32_t trimBits, Vqc32s* pResidual,
+                                                         Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                         int32_t* pNumPairs, VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCEncode4x4Flex_JPEGXR_32s1u_C1R(const Vqc32s* pSrc, int32_t srcStep, int32_t chroma,
+                                                         uint32_t modelBits, uint32_t trimBits, Vqc32s* pResidual,
+                                                         Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                         int32_t* pNumPairs, VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCDecode4x4_JPEGXR_1u16s_C1R(Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                     Vqc16s quant, Vqc16s* pDst, int32_t dstStep, int32_t chroma,
+                                                     int32_t* pNumCoded, VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCDecode4x4_JPEGXR_1u32s_C1R(Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                     Vqc32s quant, Vqc32s* pDst, int32_t dstStep, int32_t chroma,
+                                                     int32_t* pNumCoded, VqciVLCState* pState);
+
+VQCJ_API VqcStatus vqciVLCEncodeDC444_JPEGXR_32s1u(const Vqc32s* pRunLevel, int32_t numPairs, int32_t chroma,
+                                                   Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                   VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCEncodeDC422_JPEGXR_32s1u(const Vqc32s* pRunLevel, int32_t numPairs, Vqc8u** ppBitStream,
+                                                   uint32_t* pBitBuf, uint32_t* pNumBits, VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCEncodeDC420_JPEGXR_32s1u(const Vqc32s* pRunLevel, int32_t numPairs, Vqc8u** ppBitStream,
+                                                   uint32_t* pBitBuf, uint32_t* pNumBits, VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCDecodeDC444_JPEGXR_1u32s(Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                   Vqc32s* pDst, int32_t chroma, int32_t* pNumPairs,
+                                                   VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCDecodeDC422_JPEGXR_1u32s(Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                   Vqc32s* pDst, int32_t* pNumPairs, VqciVLCState* pState);
+VQCJ_API VqcStatus vqciVLCDecodeDC420_JPEGXR_1u32s(Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                   Vqc32s* pDst, int32_t* pNumPairs, VqciVLCState* pState);
+
+VQCJ_API VqcStatus vqciFLCEncode4x4_JPEGXR_16s1u_C1R(const Vqc16s* pSrc, int32_t srcStep, const Vqc32s* pResidual,
+                                                     Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                     uint32_t numBits, uint32_t trimBits, int32_t useResidual);
+VQCJ_API VqcStatus vqciFLCEncode4x4_JPEGXR_32s1u_C1R(const Vqc32s* pSrc, int32_t srcStep, const Vqc32s* pResidual,
+                                                     Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                     uint32_t numBits, uint32_t trimBits, int32_t useResidual);
+VQCJ_API VqcStatus vqciFLCDecode4x4_JPEGXR_1u16s_C1IR(Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                      Vqc16s* pSrcDst, int32_t srcDstStep, uint32_t numBits,
+                                                      Vqc16s quant, int32_t refine);
+VQCJ_API VqcStatus vqciFLCDecode4x4_JPEGXR_1u32s_C1IR(Vqc8u** ppBitStream, uint32_t* pBitBuf, uint32_t* pNumBits,
+                                                      Vqc32s* pSrcDst, int32_t srcDstStep, uint32_t numBits,
+                                                      Vqc32s quant, int32_t refine);
+
 
 /* ---- Texture block codecs -------------------------------------------- */
 

@@ -1,5 +1,5 @@
-// Raw level-shift workers: the frame and the loop, no checks. The forward
-// DCT calls ownSub128 on its 8x8 block, where the size alone keeps it serial.
+// Raw level-shift workers of the row exports: the frame and the dispatched
+// kernel, no checks. The forward DCT shifts its own block inside its kernel.
 #pragma once
 
 #include <vqcj.h>

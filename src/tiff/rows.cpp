@@ -1,9 +1,18 @@
-#include "rows.h"
+// TIFF rows. The 16-bit join and split are one kernel source compiled for
+// every SIMD target; PackBits is scalar.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "tiff/rows.cpp"
+#include <hwy/foreach_target.h>  // must come before highway.h
+#include <hwy/highway.h>
 
 #include "frame/check.h"
 #include "frame/memory.h"
+#include "frame/simd.h"
 #include "frame/wrap.h"
+#include "rows.h"
 
+#ifndef VQCJ_TIFFROWS_ONCE
+#define VQCJ_TIFFROWS_ONCE
 namespace vqcj {
 
 namespace {
@@ -140,6 +149,51 @@ void ownSplitRow16(const Vqc8u* __restrict src, Vqc8u* __restrict hi, Vqc8u* __r
 }
 
 }  // namespace vqcj
+#endif  // VQCJ_TIFFROWS_ONCE
+
+HWY_BEFORE_NAMESPACE();
+namespace vqcj::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+void JoinRow16(const Vqc8u* hi, const Vqc8u* lo, Vqc8u* dst, int32_t len) {
+    if constexpr (VQCJ_SIMD_BASELINE) {
+        ownJoinRow16(hi, lo, dst, len);
+    } else {
+        const hn::ScalableTag<uint8_t> d;
+        const int32_t n = static_cast<int32_t>(hn::Lanes(d));
+        int32_t i = 0;
+        for (; i + n <= len; i += n) hn::StoreInterleaved2(hn::LoadU(d, lo + i), hn::LoadU(d, hi + i), d, dst + 2 * i);
+        ownJoinRow16(hi + i, lo + i, dst + 2 * i, len - i);
+    }
+}
+
+void SplitRow16(const Vqc8u* src, Vqc8u* hi, Vqc8u* lo, int32_t len) {
+    if constexpr (VQCJ_SIMD_BASELINE) {
+        ownSplitRow16(src, hi, lo, len);
+    } else {
+        const hn::ScalableTag<uint8_t> d;
+        const int32_t n = static_cast<int32_t>(hn::Lanes(d));
+        int32_t i = 0;
+        for (; i + n <= len; i += n) {
+            hn::Vec<decltype(d)> l, h;
+            hn::LoadInterleaved2(d, src + 2 * i, l, h);
+            hn::StoreU(l, d, lo + i);
+            hn::StoreU(h, d, hi + i);
+        }
+        ownSplitRow16(src + 2 * i, hi + i, lo + i, len - i);
+    }
+}
+
+}  // namespace vqcj::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace vqcj {
+
+HWY_EXPORT(JoinRow16);
+HWY_EXPORT(SplitRow16);
+
+}  // namespace vqcj
 
 using namespace vqcj;
 
@@ -161,14 +215,15 @@ VQCJ_API VqcStatus vqciUnpackBitsRow_TIFF_8u_C1(const Vqc8u* pSrc, int32_t* pSrc
 // this pair's interface. The plane pointers inside the array are not tested.
 VQCJ_API VqcStatus vqciJoinRow_TIFF_8u16u_C1(const Vqc8u* const ppSrc[2], Vqc8u* pDst, int32_t len) {
     if (VqcStatus st = Check().ptr(ppSrc).ptr(pDst).fail(len < 1, vqcStatusBadStep)) return st;
-    ownJoinRow16(ppSrc[0], ppSrc[1], pDst, len);
+    VQCJ_DISPATCH(JoinRow16)(ppSrc[0], ppSrc[1], pDst, len);
     return vqcStatusOk;
 }
 
 VQCJ_API VqcStatus vqciSplitRow_TIFF_16u8u_C1(const Vqc8u* pSrc, Vqc8u* const ppDst[2], int32_t len) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(ppDst).fail(len < 1, vqcStatusBadStep)) return st;
-    ownSplitRow16(pSrc, ppDst[0], ppDst[1], len);
+    VQCJ_DISPATCH(SplitRow16)(pSrc, ppDst[0], ppDst[1], len);
     return vqcStatusOk;
 }
 
 }  // extern "C"
+#endif  // HWY_ONCE

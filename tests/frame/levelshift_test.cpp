@@ -67,17 +67,18 @@ TEST(LevelShift, CheckOrder) {
 // each vector length with every tail, odd heights, steps wider than rows.
 TEST(LevelShift, EveryTarget) {
     for (int w = 1; w <= 70; ++w) {
-        const int h = 1 + w % 5, sstep = 2 * w + 3, dstep = 4 * w + 2;
-        auto src = vqcjtest::randomBytes(size_t(sstep) * h, w);
+        // Odd byte steps for the bytes; 16-bit rows keep even ones.
+        const int h = 1 + w % 5, sstep = 2 * w + 3, dstep = 4 * w + 2, wstep = 2 * w + 4;
+        auto src = vqcjtest::randomBytes(size_t(wstep) * h, w);
         // Extremes of the 16-bit input in the return direction.
         for (size_t i = 0; i + 1 < src.size(); i += 7) src[i + 1] = (i & 8) ? 0x80 : 0x7F;
         vqcjtest::expectSameOnEveryTarget(
             [&] {
-                std::vector<uint8_t> out(size_t(dstep) * h + size_t(sstep) * h, 0xA5);
+                std::vector<uint8_t> out(size_t(dstep) * h + size_t(wstep) * h, 0xA5);
                 auto* mid = reinterpret_cast<Vqc16s*>(out.data());
                 EXPECT_EQ(vqciSub128_JPEG_8u16s_C1R(src.data(), sstep, mid, dstep, {w, h}), 0);
-                EXPECT_EQ(vqciAdd128_JPEG_16s8u_C1R(reinterpret_cast<const Vqc16s*>(src.data()), sstep,
-                                                    out.data() + size_t(dstep) * h, sstep, {w / 2 + 1, h}),
+                EXPECT_EQ(vqciAdd128_JPEG_16s8u_C1R(reinterpret_cast<const Vqc16s*>(src.data()), wstep,
+                                                    out.data() + size_t(dstep) * h, wstep, {w, h}),
                           0);
                 return out;
             },

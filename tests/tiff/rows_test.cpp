@@ -10,6 +10,7 @@
 #include <string>
 #include <tuple>
 
+#include "support/simd.h"
 #include "support/testutil.h"
 
 using namespace std::string_literals;
@@ -140,4 +141,22 @@ TEST(TiffRows, CheckOrder) {
         {0, 0, -1, 8, kSize}, {2, 1, 0, 0, kNull}, {2, 2, 0, 0, kNull}, {2, 4, 0, 0, kStep}, {2, 0, -5, 0, kStep}};
     for (const auto& [m, nulls, len, len2, want] : rows)
         for (const int member : {m, m + 1}) EXPECT_EQ(call(member, nulls, len, len2), want) << member << " " << nulls;
+}
+
+// Every SIMD target against the baseline: lengths that cover each vector
+// width with every tail, and one long row.
+TEST(TiffRows, SplitAndJoinEveryTarget) {
+    for (int len = 1; len <= 200; len += len < 70 ? 1 : 61) {
+        const Bytes row = vqcjtest::randomBytes(2 * size_t(len), len);
+        vqcjtest::expectSameOnEveryTarget(
+            [&] {
+                Bytes out(4 * size_t(len) + 2, kFill);
+                Vqc8u* planes[2] = {out.data(), out.data() + len + 1};
+                EXPECT_EQ(vqciSplitRow_TIFF_16u8u_C1(row.data(), planes, len), kOk);
+                const Vqc8u* in[2] = {row.data(), row.data() + len};
+                EXPECT_EQ(vqciJoinRow_TIFF_8u16u_C1(in, out.data() + 2 * len + 2, len), kOk);
+                return out;
+            },
+            "length " + std::to_string(len));
+    }
 }

@@ -128,11 +128,15 @@ VQCJ_API VqcStatus vqciQuantInvTableInit_JPEG_8u16u(const Vqc8u* pQuantRawTable,
 }
 
 VQCJ_API VqcStatus vqciQuantFwd8x8_JPEG_16s_C1I(Vqc16s* pSrcDst, const Vqc16u* pQuantFwdTable) {
-    return ownMulScale16u16s(pQuantFwdTable, pSrcDst, pSrcDst, 64, 15);
+    if (VqcStatus st = Check().ptr(pQuantFwdTable).ptr(pSrcDst)) return st;
+    ownQuantFwd8x8(pSrcDst, pQuantFwdTable);
+    return vqcStatusOk;
 }
 
 VQCJ_API VqcStatus vqciQuantInv8x8_JPEG_16s_C1I(Vqc16s* pSrcDst, const Vqc16u* pQuantInvTable) {
-    return ownMulSat16s(pQuantInvTable, pSrcDst, 64);
+    if (VqcStatus st = Check().ptr(pQuantInvTable).ptr(pSrcDst)) return st;
+    ownQuantInv8x8(pSrcDst, pQuantInvTable);
+    return vqcStatusOk;
 }
 
 }  // extern "C"

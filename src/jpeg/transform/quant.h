@@ -49,4 +49,9 @@ VqcStatus ownMulScale16u16s(const Vqc16u* pTable, const Vqc16s* pSrc, Vqc16s* pD
 VqcStatus ownMulSat16s(const Vqc16u* pTable, Vqc16s* pSrcDst, int32_t len);
 VqcStatus ownMulSat16sTo(const Vqc16s* pSrc, const Vqc16u* pTable, Vqc16s* pDst, int32_t len);
 
+// The 8x8 quantisers of the exports, dispatched: ownMulScale16u16s with
+// scale 15 and ownMulSat16s on 64 values, no checks.
+void ownQuantFwd8x8(Vqc16s* pSrcDst, const Vqc16u* pTable);
+void ownQuantInv8x8(Vqc16s* pSrcDst, const Vqc16u* pTable);
+
 }  // namespace vqcj

@@ -10,6 +10,8 @@
 #include <random>
 #include <vector>
 
+#include "support/simd.h"
+
 namespace {
 
 // A block of `rest` but for the leading values `head`.
@@ -80,6 +82,17 @@ void invLine(int16_t* v, int st, bool cols) {
     for (int k = 0; k < 8; ++k) v[k * st] = static_cast<int16_t>(sh(o[k], cols ? 12 : 21));
 }
 
+// Block n of a series: extremes, sparse blocks, multiples of 2048 or noise,
+// scaled down or not, so that many blocks wrap and many roundings meet ties;
+// a random table of entries scaled down by n % 16 bits.
+void randomBlock(std::mt19937& rng, int n, std::array<int16_t, 64>& in, std::array<int16_t, 64>& table) {
+    for (int i = 0; i < 64; ++i) {
+        const auto v = static_cast<int16_t>(static_cast<int16_t>(rng()) >> n % 12), sparse = static_cast<int16_t>(rng() % 8 ? 0 : v);
+        in[i] = static_cast<int16_t>(n % 4 == 0 ? (v < 0 ? -32768 : 32767) : n % 4 == 1 ? sparse : n % 4 == 2 ? v & -2048 : v);
+        table[i] = static_cast<int16_t>(rng() >> (16 + n % 16));
+    }
+}
+
 }  // namespace
 
 // The text's edge cases, and a few worked from its rules: the wrap of the
@@ -134,12 +147,8 @@ TEST(TransformKernels, AgainstTheButterfliesAndExactQuantisation) {
     std::mt19937 rng(16);
     for (int n = 0; n < 4000; ++n) {
         std::array<int16_t, 64> in, fwd, inv, wantFwd, wantInv, table;  // the table is handed over as unsigned
-        for (int i = 0; i < 64; ++i) {
-            const auto v = static_cast<int16_t>(static_cast<int16_t>(rng()) >> n % 12), sparse = static_cast<int16_t>(rng() % 8 ? 0 : v);
-            in[i] = static_cast<int16_t>(n % 4 == 0 ? (v < 0 ? -32768 : 32767) : n % 4 == 1 ? sparse : n % 4 == 2 ? v & -2048 : v);
-            table[i] = static_cast<int16_t>(rng() >> (16 + n % 16));
-            wantInv[i] = static_cast<int16_t>(std::clamp(table[i] * in[i], -32768, 32767));
-        }
+        randomBlock(rng, n, in, table);
+        for (int i = 0; i < 64; ++i) wantInv[i] = static_cast<int16_t>(std::clamp(table[i] * in[i], -32768, 32767));
         fwd = inv = wantFwd = in;
         for (int l = 0; l < 8; ++l) fwdLine(&wantFwd[8 * l], 1, false), invLine(&wantInv[l], 8, true);
         for (int l = 0; l < 8; ++l) fwdLine(&wantFwd[l], 8, true), invLine(&wantInv[8 * l], 1, false);
@@ -149,5 +158,49 @@ TEST(TransformKernels, AgainstTheButterfliesAndExactQuantisation) {
             ASSERT_EQ(fwd[i], std::clamp(std::nearbyint((table[i] & 0xFFFF) * (wantFwd[i] / 32768.0)), -32768.0, 32767.0)) << "block " << n;
         ASSERT_EQ(kExports[kInv + n % 2].first({{in.data()}, {inv.data()}, 0, {table.data()}, 0}), vqcStatusOk);
         ASSERT_EQ(inv, wantInv) << "inverse, block " << n;
+    }
+}
+
+// Every SIMD target against the baseline's plain routines: each block export
+// on the series above, with odd steps, and the 8-bit forms on bytes that
+// reach 0 and 255. Every third table holds powers of two, whose quotients
+// meet ties.
+TEST(TransformKernels, EveryTarget) {
+    std::mt19937 rng(61);
+    for (int n = 0; n < 240; ++n) {
+        std::array<int16_t, 64> in, table;
+        randomBlock(rng, n, in, table);
+        if (n % 3 == 0)
+            for (int i = 0; i < 64; ++i) table[i] = static_cast<int16_t>(1 << (i + n) % 16);
+        const int32_t step = 8 + n % 7 * 5;  // bytes, odd or even, in rows of 8 bytes or of 8 16-bit values
+        std::vector<uint8_t> src(size_t(step) * 7 + 16);  // read as bytes or 16-bit values
+        for (size_t i = 0; i < src.size(); ++i) src[i] = static_cast<uint8_t>(in[i % 64] >> (n % 2 ? 8 : 0));
+        // Float tables: powers of two, whose products meet ties, or the
+        // integer table scaled, with an overflow to infinity now and then.
+        std::array<float, 64> ftable;
+        for (int i = 0; i < 64; ++i)
+            ftable[i] = n % 3 == 0 ? std::ldexp(1.0f, i % 8 - 4) : i == n % 64 && n % 5 == 0 ? 1e38f : (table[i] & 0xFFF) / 64.0f;
+        const auto run = [&] {
+            std::vector<int16_t> out(10 * 64);
+            std::vector<uint8_t> px(size_t(step + 8) * 8 + 16, 0xA5);
+            int16_t* o = out.data();
+            auto each = [&](int e, const void* s, int32_t st, const void* t, bool toPx = false) {
+                std::copy(in.begin(), in.end(), o);
+                EXPECT_EQ(kExports[e].first({{s}, {toPx ? static_cast<void*>(px.data()) : o}, st, {t}, 0}), 0) << e;
+                o += 64;
+            };
+            each(kFwdLS8, src.data(), step, table.data()), each(kFwd, in.data(), 0, table.data());
+            each(kFwdI, nullptr, 0, table.data()), each(kInvLS8, in.data(), step, table.data(), true);
+            each(kInv, in.data(), 0, table.data()), each(kInvI, nullptr, 0, table.data());
+            each(kFwdLS12, src.data(), step, ftable.data());
+            each(kQuantFwd, nullptr, 0, table.data()), each(kQuantInv, nullptr, 0, table.data());
+            std::vector<uint8_t> bytes(reinterpret_cast<uint8_t*>(out.data()), reinterpret_cast<uint8_t*>(out.data() + out.size()));
+            bytes.insert(bytes.end(), px.begin(), px.end());
+            std::fill(px.begin(), px.end(), 0xA5);
+            each(kInvLS12, in.data(), step + 8, ftable.data(), true);
+            bytes.insert(bytes.end(), px.begin(), px.end());
+            return bytes;
+        };
+        vqcjtest::expectSameOnEveryTarget(run, "block " + std::to_string(n));
     }
 }
