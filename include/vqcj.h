@@ -458,8 +458,92 @@ VQCJ_API VqcStatus vqciDecodeHuffmanOne_JPEG_1u16s_C1(const Vqc8u* pSrc, int32_t
                                                        VqciDecodeHuffmanState* pState);
 
 /* ---- JPEG progressive Huffman coders --------------------------------- */
+/*
+ * Progressive block coders: DC first and refinement, AC first and
+ * refinement, on the states and tables of the baseline coders. Ss..Se are
+ * zig-zag positions with 1 <= Ss <= Se <= 63 for AC, 0 <= Al <= 13 for all
+ * (-5 otherwise, one test). Encoders keep the pending EOB run (written at
+ * 32767 at the latest) and the refinement correction bits (written when 938
+ * wait) in the state; a flush writes them, pads the byte and resets the
+ * state. A state whose correctionCount no encoder could have left is
+ * refused with -5. Decoders accumulate into the caller's block and never
+ * clear it; eobRun carries over between calls. Statistics passes make the
+ * encoders' decisions on a state of their own, which needs its own flush
+ * so that the last run is counted; the AC first statistics refuse bit
+ * lengths above 10 (its encoder: above 11).
+ */
+VQCJ_API VqcStatus vqciEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstLenBytes,
+                                                               int32_t* pDstCurrPos, Vqc16s* lastDC, int32_t Al,
+                                                               const VqciEncodeHuffmanSpec* dcTable,
+                                                               VqciEncodeHuffmanState* pState, int32_t flushState);
+VQCJ_API VqcStatus vqciEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstLenBytes,
+                                                                int32_t* pDstCurrPos, int32_t Al,
+                                                                VqciEncodeHuffmanState* pState, int32_t flushState);
+VQCJ_API VqcStatus vqciEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstLenBytes,
+                                                               int32_t* pDstCurrPos, int32_t Ss, int32_t Se,
+                                                               int32_t Al, const VqciEncodeHuffmanSpec* acTable,
+                                                               VqciEncodeHuffmanState* pState, int32_t flushState);
+VQCJ_API VqcStatus vqciEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstLenBytes,
+                                                                int32_t* pDstCurrPos, int32_t Ss, int32_t Se,
+                                                                int32_t Al, const VqciEncodeHuffmanSpec* acTable,
+                                                                VqciEncodeHuffmanState* pState, int32_t flushState);
+VQCJ_API VqcStatus vqciDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(const Vqc8u* pSrc, int32_t srcLenBytes,
+                                                               int32_t* pSrcCurrPos, Vqc16s* pDst, Vqc16s* lastDC,
+                                                               int32_t* pMarker, int32_t Al,
+                                                               const VqciDecodeHuffmanSpec* dcTable,
+                                                               VqciDecodeHuffmanState* pState);
+VQCJ_API VqcStatus vqciDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(const Vqc8u* pSrc, int32_t srcLenBytes,
+                                                                int32_t* pSrcCurrPos, Vqc16s* pDst, int32_t* pMarker,
+                                                                int32_t Al, VqciDecodeHuffmanState* pState);
+VQCJ_API VqcStatus vqciDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const Vqc8u* pSrc, int32_t srcLenBytes,
+                                                               int32_t* pSrcCurrPos, Vqc16s* pDst, int32_t* pMarker,
+                                                               int32_t Ss, int32_t Se, int32_t Al,
+                                                               const VqciDecodeHuffmanSpec* acTable,
+                                                               VqciDecodeHuffmanState* pState);
+VQCJ_API VqcStatus vqciDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const Vqc8u* pSrc, int32_t srcLenBytes,
+                                                                int32_t* pSrcCurrPos, Vqc16s* pDst, int32_t* pMarker,
+                                                                int32_t Ss, int32_t Se, int32_t Al,
+                                                                const VqciDecodeHuffmanSpec* acTable,
+                                                                VqciDecodeHuffmanState* pState);
+VQCJ_API VqcStatus vqciGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(const Vqc16s* pSrc, Vqc32s* dcStatistics,
+                                                                    Vqc16s* lastDC, int32_t Al);
+VQCJ_API VqcStatus vqciGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(const Vqc16s* pSrc, Vqc32s* acStatistics,
+                                                                    int32_t Ss, int32_t Se, int32_t Al,
+                                                                    VqciEncodeHuffmanState* pState,
+                                                                    int32_t flushState);
+VQCJ_API VqcStatus vqciGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const Vqc16s* pSrc, Vqc32s* acStatistics,
+                                                                     int32_t Ss, int32_t Se, int32_t Al,
+                                                                     VqciEncodeHuffmanState* pState,
+                                                                     int32_t flushState);
 
 /* ---- JPEG lossless prediction and row coding ------------------------- */
+/*
+ * Lossless JPEG, one row at a time, modulo 2^16. First row: the first sample
+ * against 1 << (P - Pt - 1) (shift count modulo 32, cut to 16 bits), the
+ * rest against the left neighbour; checks pointers -8, width -6, P outside
+ * 2..16 or Pt < 0 -5. Other rows: the first sample against the one above,
+ * the rest through predictor 1..7 (-5 otherwise); halving works on
+ * sign-extended operands. Row coding interleaves up to four components by
+ * column (nComps above 4 counts as 4); -32768 is category 16 with no value
+ * bits.
+ */
+VQCJ_API VqcStatus vqciDiffPredFirstRow_JPEG_16s_C1(const Vqc16s* pSrc, Vqc16s* pDst, int32_t width, int32_t P,
+                                                    int32_t Pt);
+VQCJ_API VqcStatus vqciReconstructPredFirstRow_JPEG_16s_C1(const Vqc16s* pSrc, Vqc16s* pDst, int32_t width, int32_t P,
+                                                           int32_t Pt);
+VQCJ_API VqcStatus vqciDiffPredRow_JPEG_16s_C1(const Vqc16s* pSrc, const Vqc16s* pPrevRow, Vqc16s* pDst, int32_t width,
+                                               int32_t predictor);
+VQCJ_API VqcStatus vqciReconstructPredRow_JPEG_16s_C1(const Vqc16s* pSrc, const Vqc16s* pPrevRow, Vqc16s* pDst,
+                                                      int32_t width, int32_t predictor);
+VQCJ_API VqcStatus vqciEncodeHuffmanRow_JPEG_16s1u_P4C1(const Vqc16s* const pSrc[4], int32_t nCols, int32_t nComps,
+                                                        Vqc8u* pDst, int32_t dstLenBytes, int32_t* pDstCurrPos,
+                                                        const VqciEncodeHuffmanSpec* const tables[4],
+                                                        VqciEncodeHuffmanState* pState, int32_t flushState);
+VQCJ_API VqcStatus vqciDecodeHuffmanRow_JPEG_1u16s_C1P4(const Vqc8u* pSrc, int32_t srcLenBytes, int32_t* pSrcCurrPos,
+                                                        Vqc16s* const pDst[4], int32_t nCols, int32_t nComps,
+                                                        int32_t* pMarker,
+                                                        const VqciDecodeHuffmanSpec* const tables[4],
+                                                        VqciDecodeHuffmanState* pState);
 
 /* ---- JPEG MCU conversions and reduced-size inverse DCT --------------- */
 

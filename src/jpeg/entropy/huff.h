@@ -62,6 +62,37 @@ inline bool hasByteFF(uint32_t w, uint32_t mask) {
     return ((x - 0x01010101u) & ~x & 0x80808080u & mask) != 0;
 }
 
+// Visits the non-zero AC coefficients of a block in zig-zag order as
+// f(run of zeros before it, value), stopping at the first non-zero status.
+// Returns that status, and the zeros after the last one in *trailing. The
+// coefficients are gathered first and the non-zero ones found through a bit
+// mask, so the walk branches per coefficient coded rather than per position.
+template <class F>
+inline VqcStatus ownHuffWalkAC(const Vqc16s* pSrc, uint32_t* trailing, F&& f) {
+    int16_t zz[64];
+    zz[0] = 0;
+    for (int k = 1; k < 64; ++k) zz[k] = pSrc[ownZigzag[k]];
+    // Four coefficients a word: the top bit of each non-zero lane, gathered
+    // into four adjacent bits by one multiply (the partial products do not
+    // overlap, so nothing carries).
+    uint64_t mask = 0;
+    for (int i = 0; i < 16; ++i) {
+        uint64_t w;
+        std::memcpy(&w, zz + 4 * i, 8);
+        const uint64_t nz = (((w & 0x7FFF7FFF7FFF7FFFu) + 0x7FFF7FFF7FFF7FFFu) | w) & 0x8000800080008000u;
+        mask |= (((nz >> 15) * 0x0000200040008001u) >> 45 & 0xF) << (4 * i);
+    }
+    uint32_t last = 0;
+    while (mask != 0) {
+        const uint32_t k = static_cast<uint32_t>(__builtin_ctzll(mask));
+        mask &= mask - 1;
+        if (VqcStatus st = f(k - last - 1, static_cast<int32_t>(zz[k]))) return st;
+        last = k;
+    }
+    *trailing = 63 - last;
+    return vqcStatusOk;
+}
+
 // ---- writer ---------------------------------------------------------------
 
 inline void ownHuffInitEncodeState(VqciEncodeHuffmanState* pState) {
@@ -231,6 +262,22 @@ struct HuffReader {
         return decodeSlow(t, 9, sym);
     }
 };
+
+// A single difference: symbol 0 is 0, 1 to 15 take that many value bits,
+// 16 and above are -32768 (category 16) without value bits.
+inline VqcStatus ownHuffDecodeDifference(HuffReader& r, const VqciDecodeHuffmanSpec* table, int32_t* v) {
+    uint32_t sym;
+    if (VqcStatus st = r.decode(table, &sym)) return st;
+    if (sym == 0 || sym >= 16) {
+        *v = sym == 0 ? 0 : -32768;
+        return vqcStatusOk;
+    }
+    if (r.cnt < static_cast<int32_t>(sym)) {
+        if (VqcStatus st = r.fill(static_cast<int32_t>(sym))) return st;
+    }
+    *v = extendValue(r.take(sym), sym);
+    return vqcStatusOk;
+}
 
 // Tops up the state's bits; see HuffReader::fill.
 inline VqcStatus ownHuffFillBits(const Vqc8u* pSrc, int32_t srcLenBytes, int32_t* pSrcCurrPos, int32_t* pMarker,

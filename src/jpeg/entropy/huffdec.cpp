@@ -202,18 +202,9 @@ VQCJ_API VqcStatus vqciDecodeHuffmanOne_JPEG_1u16s_C1(const Vqc8u* pSrc, int32_t
                            .ptr(pState))
         return st;
     HuffReader r(pSrc, srcLenBytes, pSrcCurrPos, pMarker, pState);
-    uint32_t sym;
-    VqcStatus st = r.decode(table, &sym);
-    if (st == vqcStatusOk) {
-        if (sym == 0) {
-            *pDst = 0;
-        } else if (sym >= 16) {
-            *pDst = -32768;  // category 16 carries no value bits
-        } else {
-            if (r.cnt < static_cast<int32_t>(sym)) st = r.fill(static_cast<int32_t>(sym));
-            if (st == vqcStatusOk) *pDst = static_cast<Vqc16s>(extendValue(r.take(sym), sym));
-        }
-    }
+    int32_t v;
+    const VqcStatus st = ownHuffDecodeDifference(r, table, &v);
+    if (st == vqcStatusOk) *pDst = static_cast<Vqc16s>(v);
     r.store(pSrcCurrPos, pState);
     return st;
 }

@@ -59,7 +59,10 @@ struct FastSink {
     void put(uint32_t v, uint32_t len) {
         acc = (acc << len) | v;
         n += len;
-        if (n >= 32) {
+        if (n >= 32) flush32();
+    }
+    void flush32() {
+        {
             n -= 32;
             const uint32_t w = static_cast<uint32_t>(acc >> n);
             if (!hasByteFF(w, 0xFFFFFFFFu)) {
@@ -82,6 +85,16 @@ struct FastSink {
         put(v & lowMask(len), len);
         return vqcStatusOk;
     }
+    // Code and value bits in one put: at most 32 bits.
+    VqcStatus symbol(uint32_t word, int32_t v, uint32_t c) {
+        const uint32_t len = word >> 16;
+        if (len - 1 > 15) return vqcStatusBadHuffmanTable;
+        const uint64_t bits = static_cast<uint64_t>(word & 0xFFFF) << c | (extraBits(v) & lowMask(c));
+        acc = (acc << len << c) | bits;
+        n += len + c;
+        if (n >= 32) flush32();
+        return vqcStatusOk;
+    }
     VqcStatus done(VqcStatus s) {
         for (; n >= 8; n -= 8) {
             lastByte = static_cast<uint32_t>(acc >> (n - 8)) & 0xFF;
@@ -95,12 +108,12 @@ struct FastSink {
     }
 };
 
-// Code and value bits of one coefficient as one write when both are there.
-template <class Sink>
-inline VqcStatus putSymbol(Sink& out, uint32_t word, int32_t v, uint32_t c) {
+// Code and value bits of one coefficient.
+inline VqcStatus putSymbol(ExactSink& out, uint32_t word, int32_t v, uint32_t c) {
     if (VqcStatus s = out.code(word)) return s;
     return c != 0 ? out.bits(extraBits(v), c) : vqcStatusOk;
 }
+inline VqcStatus putSymbol(FastSink& out, uint32_t word, int32_t v, uint32_t c) { return out.symbol(word, v, c); }
 
 // One block. Category 16 after a run of 15 would index the word behind the
 // 256-word table; it is a symbol without a code.
@@ -111,22 +124,16 @@ VqcStatus encodeBlock(Sink& out, const Vqc16s* pSrc, Vqc16s* lastDC, const VqciE
     *lastDC = pSrc[0];
     const uint32_t dcCat = ownHuffCategory(static_cast<uint32_t>(diff < 0 ? -diff : diff));
     if (VqcStatus s = putSymbol(out, dc->codeWord[dcCat], diff, dcCat)) return out.done(s);
-    uint32_t r = 0;
-    for (int32_t k = 1; k < 64; ++k) {
-        const int32_t v = pSrc[ownZigzag[k]];
-        if (v == 0) {
-            ++r;
-            continue;
-        }
+    uint32_t trailing = 0;
+    const VqcStatus st = ownHuffWalkAC(pSrc, &trailing, [&](uint32_t r, int32_t v) -> VqcStatus {
         for (; r > 15; r -= 16)
-            if (VqcStatus s = out.code(ac->codeWord[0xF0])) return out.done(s);
+            if (VqcStatus s = out.code(ac->codeWord[0xF0])) return s;
         const uint32_t c = ownHuffCategory(static_cast<uint32_t>(v < 0 ? -v : v));
         const uint32_t sym = r * 16 + c;
-        const uint32_t word = sym < 256 ? ac->codeWord[sym] : 0;
-        if (VqcStatus s = putSymbol(out, word, v, c)) return out.done(s);
-        r = 0;
-    }
-    if (r > 0) return out.done(out.code(ac->codeWord[0]));
+        return putSymbol(out, sym < 256 ? ac->codeWord[sym] : 0, v, c);
+    });
+    if (st != vqcStatusOk) return out.done(st);
+    if (trailing > 0) return out.done(out.code(ac->codeWord[0]));
     return out.done(vqcStatusOk);
 }
 
@@ -236,20 +243,15 @@ VQCJ_API VqcStatus vqciEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const Vqc16s* pSrc,
     *lastDC = pSrc[0];
     const uint32_t dcCat = ownHuffCategory(static_cast<uint32_t>(diff < 0 ? -diff : diff));
     out.symbol(dcTable->codeWord[dcCat], diff, dcCat);
-    uint32_t r = 0;
-    for (int32_t k = 1; k < 64; ++k) {
-        const int32_t v = pSrc[ownZigzag[k]];
-        if (v == 0) {
-            ++r;
-            continue;
-        }
+    uint32_t trailing = 0;
+    ownHuffWalkAC(pSrc, &trailing, [&](uint32_t r, int32_t v) {
         for (; r > 15; r -= 16) out.symbol(acTable->codeWord[0xF0], 0, 0);
         const uint32_t c = ownHuffCategory(static_cast<uint32_t>(v < 0 ? -v : v));
         const uint32_t sym = r * 16 + c;
         out.symbol(sym < 256 ? acTable->codeWord[sym] : 0, v, c);
-        r = 0;
-    }
-    if (r > 0) out.symbol(acTable->codeWord[0], 0, 0);
+        return vqcStatusOk;
+    });
+    if (trailing > 0) out.symbol(acTable->codeWord[0], 0, 0);
     *pDstBitsLen = static_cast<int32_t>(out.pos);
     return vqcStatusOk;
 }
@@ -262,21 +264,17 @@ VQCJ_API VqcStatus vqciGetHuffmanStatistics8x8_JPEG_16s_C1(const Vqc16s* pSrc, V
     const uint32_t dcCat = ownHuffCategory(static_cast<uint32_t>(diff < 0 ? -diff : diff));
     if (dcCat > 15) return vqcStatusBadHuffmanCode;
     dcStatistics[dcCat] = addW(dcStatistics[dcCat], 1);
-    uint32_t r = 0;
-    for (int32_t k = 1; k < 64; ++k) {
-        const int32_t v = pSrc[ownZigzag[k]];
-        if (v == 0) {
-            ++r;
-            continue;
-        }
+    uint32_t trailing = 0;
+    const VqcStatus st = ownHuffWalkAC(pSrc, &trailing, [&](uint32_t r, int32_t v) -> VqcStatus {
         acStatistics[0xF0] = addW(acStatistics[0xF0], static_cast<int32_t>(r / 16));
-        r &= 15;
         const uint32_t c = ownHuffCategory(static_cast<uint32_t>(v < 0 ? -v : v));
         if (c > 14) return vqcStatusBadHuffmanCode;
-        acStatistics[r * 16 + c] = addW(acStatistics[r * 16 + c], 1);
-        r = 0;
-    }
-    if (r > 0) acStatistics[0] = addW(acStatistics[0], 1);
+        const uint32_t sym = (r & 15) * 16 + c;
+        acStatistics[sym] = addW(acStatistics[sym], 1);
+        return vqcStatusOk;
+    });
+    if (st != vqcStatusOk) return st;
+    if (trailing > 0) acStatistics[0] = addW(acStatistics[0], 1);
     return vqcStatusOk;
 }
 

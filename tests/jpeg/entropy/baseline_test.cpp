@@ -76,7 +76,7 @@ TEST(EntropyTables, CountLimitsAndEncoderDecoderAsymmetry) {
     // Two 1-bit codes: the second is all ones. Refused for encoding only;
     // eight 8-bit codes behind them end exactly on the word after the
     // lookahead (accepted, it lands on minCode), a ninth goes past it.
-    Vqc8u bits[16] = {2, 0, 0, 0, 0, 0, 0, 1}, vals[3] = {7, 9, 0x42};
+    Vqc8u bits[16] = {2, 0, 0, 0, 0, 0, 0, 1}, vals[4] = {7, 9, 0x42, 0x43};
     EXPECT_EQ(vqciEncodeHuffmanSpecInit_JPEG_8u(bits, vals, &enc), vqcStatusBadHuffmanTable);
     EXPECT_EQ(vqciDecodeHuffmanSpecInit_JPEG_8u(bits, vals, &dec), 0);
     EXPECT_EQ(dec.fastLookup[0x7F], (1u << 16) | 7);
