@@ -201,6 +201,12 @@ std::string makePlanes(const Image& img, Frame& f, std::vector<std::vector<uint8
     return {};
 }
 
+Component component(int id, int h, int v, int tq) {
+    Component c;
+    c.id = id, c.h = h, c.v = v, c.tq = tq;
+    return c;
+}
+
 // The usual progression with successive approximation.
 std::vector<Scan> progression(int ncomps) {
     auto one = [](int c, int ss, int se, int ah, int al) {
@@ -327,8 +333,8 @@ std::string encodeDct(const Image& img, const EncodeOptions& opt, std::vector<ui
     f.height = img.height;
     const bool grey = opt.gray || img.channels == 1;
     const int hy = grey ? 1 : (opt.sampling == 444 ? 1 : 2), vy = grey ? 1 : (opt.sampling == 420 ? 2 : 1);
-    f.comps.push_back(Component{1, hy, vy, 0});
-    if (!grey) f.comps.push_back(Component{2, 1, 1, 1}), f.comps.push_back(Component{3, 1, 1, 1});
+    f.comps.push_back(component(1, hy, vy, 0));
+    if (!grey) f.comps.push_back(component(2, 1, 1, 1)), f.comps.push_back(component(3, 1, 1, 1));
     f.layout();
 
     // Quantisation: the example tables scaled by quality, in zig-zag order.
@@ -436,7 +442,7 @@ std::string encodeLossless(const Image& img, const EncodeOptions& opt, std::vect
     f.precision = img.precision;
     const int n = img.channels;
     // Colour stays RGB: component ids 'R', 'G', 'B' say so.
-    for (int c = 0; c < n; ++c) f.comps.push_back(Component{n == 3 ? "RGB"[c] : 1, 1, 1, 0});
+    for (int c = 0; c < n; ++c) f.comps.push_back(component(n == 3 ? "RGB"[c] : 1, 1, 1, 0));
     f.layout();
     Scan s;
     for (int c = 0; c < n; ++c) s.comps.push_back({c, c, 0});
@@ -478,7 +484,7 @@ std::string encodeLossless(const Image& img, const EncodeOptions& opt, std::vect
     writeSos(wr, f, s);
     VqciEncodeHuffmanState state;
     vqciEncodeHuffmanStateInit_JPEG_8u(&state);
-    const VqciEncodeHuffmanSpec* tables[4] = {&specs[0], &specs[n > 1], &specs[n > 2], &specs[0]};
+    const VqciEncodeHuffmanSpec* tables[4] = {&specs[0], &specs[n > 1 ? 1 : 0], &specs[n > 2 ? 2 : 0], &specs[0]};
     for (int y = 0; y < img.height; ++y) {
         const Vqc16s* rows[4];
         for (int c = 0; c < 4; ++c) rows[c] = &diff[(size_t(c < n ? c : 0) * img.height + y) * w];
