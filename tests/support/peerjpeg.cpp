@@ -17,6 +17,9 @@ std::vector<uint8_t> peerEncode(const uint8_t* pixels, int width, int height, in
     unsigned long size = 0;
     std::vector<jpeg_scan_info> scans;
     if (setjmp(err.jump)) {
+        char msg[JMSG_LENGTH_MAX];
+        c.err->format_message(reinterpret_cast<j_common_ptr>(&c), msg);
+        std::fprintf(stderr, "libjpeg: %s\n", msg);
         jpeg_destroy_compress(&c);
         std::free(mem);
         return {};
