@@ -554,8 +554,106 @@ VQCJ_API VqcStatus vqciDecodeHuffmanRow_JPEG_1u16s_C1P4(const Vqc8u* pSrc, int32
 /* ---- JPEG 2000 component transforms ---------------------------------- */
 
 /* ---- JPEG 2000 code-block encoder ------------------------------------ */
+/*
+ * Tier-1 coding of one code-block in two phases. Load runs every coding pass
+ * and records each decision with its context, and the distortion reduction
+ * per pass; StoreBits feeds the records through the MQ coder (or the raw
+ * packer in bypass passes) into as many caller buffers as it takes.
+ * Samples are sign-magnitude: bit 31 the sign, bits 30..0 the magnitude.
+ * codeStyleFlags: 1 vertically causal, 2 bypass, 4 terminate each pass,
+ * 8 reset contexts after each pass, 16 segmentation symbols, 32 lossless
+ * distortion tables at the last plane (values of this library, not the
+ * codestream's style byte). mqTermType 1: standard flush, 2: predictable
+ * short flush, others: flush with all low bits set.
+ * The state starts with the tag "DSML"; Free does not test it.
+ */
+typedef struct VqciEncodeState_JPEG2K VqciEncodeState_JPEG2K;
+
+/* Checks: ppState -8; width, height -6; allocation -9 (*ppState null). */
+VQCJ_API VqcStatus vqciEncodeInitAlloc_JPEG2K(VqciEncodeState_JPEG2K** ppState, VqciSize codeBlockMaxSize);
+/* Checks: pState -8 (the tag is not tested). */
+VQCJ_API VqcStatus vqciEncodeFree_JPEG2K(VqciEncodeState_JPEG2K* pState);
+/*
+ * Checks: pState -8, tag -17, pSfBits, pNOfPasses, pNOfTermPasses -8,
+ * height, width -6, pSrc -8, srcStep -14. Planes from the top set bit down to
+ * 31 - magnBits are coded. mqRateAppr is accepted and not read.
+ */
+VQCJ_API VqcStatus vqciEncodeLoadCodeBlock_JPEG2K_32s_C1R(const Vqc32s* pSrc, int32_t srcStep,
+                                                           VqciSize codeBlockSize,
+                                                           VqciEncodeState_JPEG2K* pState,
+                                                           int32_t subband, int32_t magnBits,
+                                                           int32_t mqTermType, int32_t mqRateAppr,
+                                                           int32_t codeStyleFlags, int32_t* pSfBits,
+                                                           int32_t* pNOfPasses, int32_t* pNOfTermPasses);
+/*
+ * *pDstLen: capacity in, bytes written out; *pIsNotFinish non-zero while
+ * bytes remain. Checks: pState -8, tag -17, pDst, pDstLen, pIsNotFinish -8,
+ * *pDstLen below 1 -6.
+ */
+VQCJ_API VqcStatus vqciEncodeStoreBits_JPEG2K_1u(Vqc8u* pDst, int32_t* pDstLen,
+                                                  VqciEncodeState_JPEG2K* pState, int32_t* pIsNotFinish);
+/* Cumulative bytes a decoder needs through the pass. Checks: pState -8, tag -17, pRate -8, pass -113. */
+VQCJ_API VqcStatus vqciEncodeGetRate_JPEG2K(VqciEncodeState_JPEG2K* pState, int32_t passNumber, int32_t* pRate);
+/* Distortion reduction through the pass. Checks as GetRate. */
+VQCJ_API VqcStatus vqciEncodeGetDist_JPEG2K(VqciEncodeState_JPEG2K* pState, int32_t passNumber, double* pDist);
+/* Bytes of one terminated segment. Checks as GetRate, against the segment count. */
+VQCJ_API VqcStatus vqciEncodeGetTermPassLen_JPEG2K(VqciEncodeState_JPEG2K* pState, int32_t termPassNumber,
+                                                   int32_t* pLength);
+
 
 /* ---- JPEG 2000 code-block decoder ------------------------------------ */
+/*
+ * Tier-1 decoding, step by step (one Step per terminated segment) or in one
+ * call. The state starts with the tag "PAMC"; its size for a code-block of
+ * at most width x height comes from GetStateSize (equal to GetBufSize).
+ * flags: the encoder's codeStyleFlags bits 1, 2, 4, 8, 16, plus
+ * 0x10000 on a stream error keep the bits above the failing plane and set
+ * that plane's bit in non-zero magnitudes; 0x20000 do not clear pDst;
+ * 0x40000 no closing pass (the one-call form otherwise sets the middle bit
+ * of the undecoded range in non-zero magnitudes); 0x80000 do not clear the
+ * flag buffer. Output is sign-magnitude, as the encoder reads it.
+ * A stream that cannot be followed gives -112 and keeps the passes before.
+ */
+typedef struct VqciDecodeCBProgrState_JPEG2K VqciDecodeCBProgrState_JPEG2K;
+
+/* Checks: width, height -6; pSize -8. */
+VQCJ_API VqcStatus vqciDecodeCBProgrGetStateSize_JPEG2K(int32_t width, int32_t height, int32_t* pSize);
+VQCJ_API VqcStatus vqciDecodeGetBufSize_JPEG2K(int32_t width, int32_t height, int32_t* pSize);
+/* Checks: ppState -8; width, height -6; allocation -9 (*ppState null). */
+VQCJ_API VqcStatus vqciDecodeCBProgrInitAlloc_JPEG2K(VqciDecodeCBProgrState_JPEG2K** ppState, int32_t width,
+                                                     int32_t height);
+/* On caller memory of GetStateSize bytes. Checks: pState -8. */
+VQCJ_API VqcStatus vqciDecodeCBProgrInit_JPEG2K(VqciDecodeCBProgrState_JPEG2K* pState);
+/* Checks: pState -8, tag -17. */
+VQCJ_API VqcStatus vqciDecodeCBProgrFree_JPEG2K(VqciDecodeCBProgrState_JPEG2K* pState);
+/* Checks: pState -8, tag -17, pDst -8, dstStep -14, height, width -6. */
+VQCJ_API VqcStatus vqciDecodeCBProgrAttach_JPEG2K_32s_C1R(Vqc32s* pDst, int32_t dstStep, int32_t width,
+                                                          int32_t height, VqciDecodeCBProgrState_JPEG2K* pState,
+                                                          int32_t subband, int32_t sfBits, int32_t flags);
+/* Checks: pState -8, tag -17, pResult -8. */
+VQCJ_API VqcStatus vqciDecodeCBProgrGetCurBitPlaneNum_JPEG2K(VqciDecodeCBProgrState_JPEG2K* pState,
+                                                             int32_t* pResult);
+/* Checks: pState, pResult -8, then tag -17. */
+VQCJ_API VqcStatus vqciDecodeCBProgrGetPassCounter_JPEG2K(VqciDecodeCBProgrState_JPEG2K* pState,
+                                                          int32_t* pResult);
+/* Passes still to decode. Checks: pState -8, tag -17. */
+VQCJ_API VqcStatus vqciDecodeCBProgrSetPassCounter_JPEG2K(int32_t passCounter,
+                                                          VqciDecodeCBProgrState_JPEG2K* pState);
+/* One segment. Checks: pSrc, pState -8, tag -17, not attached -180. */
+VQCJ_API VqcStatus vqciDecodeCBProgrStep_JPEG2K(const Vqc8u* pSrc, int32_t srcLen,
+                                                VqciDecodeCBProgrState_JPEG2K* pState);
+/*
+ * pSrc holds the nOfTermPasses segments back to back, their lengths in
+ * pTermPassLen. pState: GetBufSize bytes of caller memory. Checks: pSrc,
+ * pState -8; height, width -6; pTermPassLen, pDst -8; dstStep -14.
+ */
+VQCJ_API VqcStatus vqciDecodeCodeBlock_JPEG2K_1u32s_C1R(const Vqc8u* pSrc, Vqc32s* pDst, int32_t dstStep,
+                                                        int32_t width, int32_t height, int32_t subband,
+                                                        int32_t sfBits, int32_t nOfPasses,
+                                                        const int32_t* pTermPassLen, int32_t nOfTermPasses,
+                                                        int32_t flags, int32_t* pErrorPlane,
+                                                        VqciDecodeCBProgrState_JPEG2K* pState);
+
 
 /* ---- JPEG XR photo core transform ------------------------------------ */
 /*
