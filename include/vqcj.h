@@ -546,6 +546,119 @@ VQCJ_API VqcStatus vqciDecodeHuffmanRow_JPEG_1u16s_C1P4(const Vqc8u* pSrc, int32
                                                         VqciDecodeHuffmanState* pState);
 
 /* ---- JPEG MCU conversions and reduced-size inverse DCT --------------- */
+/*
+ * One minimum coded unit (MCU) between image rows and its level-shifted 8x8
+ * blocks, colour conversion and chroma resampling fused into one call.
+ * An MCU is 8x8 pixels (444), 16x8 (422) or 16x16 (411). Its planar side is
+ * consecutive blocks of 64 Vqc16s in natural order: the luma blocks first, in
+ * raster order (1, 2 or 4), then one Cb and one Cr block; YCCK adds as many K
+ * blocks as there are luma blocks. Entry c of the block pointer array points
+ * to the first block of component c (Y, Cb, Cr, K). Steps are in bytes.
+ *
+ * Forward (pixels to blocks), per pixel and per chroma sample covering n = 1,
+ * 2 or 4 pixels (k = log2 n), arithmetic shifts:
+ *   Y  = ((19595 R + 38470 G + 7471 B + 32768) >> 16) - 128
+ *   Cb = (sum(32768 B - 21709 G - 11059 R) + 2^(15+k)) >> (16+k)
+ *   Cr = (sum(32768 R - 27439 G -  5329 B) + 2^(15+k)) >> (16+k)
+ * Chroma carries no bias, so pure blue or red can give +128. 555/565 words
+ * are expanded by shifting each field up without replication; CMYK is taken
+ * as R = 255 - C, G = 255 - M, B = 255 - Y, with K - 128 in the K blocks.
+ * SampleDown reads interleaved Y, Cb, Cr bytes: Y - 128, and each chroma
+ * sample ((sum + n/2) >> k) - 128. Split422 reads Y0 Cb Y1 Cr pairs of a
+ * 16x8 MCU: every byte - 128, nothing averaged.
+ *
+ * Inverse (blocks to pixels): every block value is clamped to -128..127 and
+ * 128 added; each chroma sample serves its 1, 2 or 4 pixels; colour by the
+ * multiplication arithmetic of the planar 422/411 inverse forms, saturated:
+ *   R = (91880 Cr + 65536 Y - 11727880) >> 16
+ *   G = (65536 Y - 22553 Cb - 46801 Cr + 8910128) >> 16
+ *   B = (116128 Cb + 65536 Y - 14831618) >> 16
+ * 555/565 words keep the top bits of each saturated byte (red in the high
+ * field); YCCK gives C = 255 - R, M = 255 - G, Y = 255 - B and the K byte.
+ * SampleUp writes Y, Cb, Cr bytes; Join422 writes Y0 Cb Y1 Cr pairs.
+ *
+ * Rows of 16-bit pixels must start on even addresses.
+ * Checks: the pixel pointer, the block pointer array, each of its entries in
+ * order (-8), then the step below 1 (-14). Nothing else can fail.
+ */
+VQCJ_API VqcStatus vqciRGBToYCbCr444LS_MCU_8u16s_C3P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* const pDstMCU[3]);
+VQCJ_API VqcStatus vqciRGBToYCbCr422LS_MCU_8u16s_C3P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* const pDstMCU[3]);
+VQCJ_API VqcStatus vqciRGBToYCbCr411LS_MCU_8u16s_C3P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* const pDstMCU[3]);
+VQCJ_API VqcStatus vqciBGRToYCbCr444LS_MCU_8u16s_C3P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* const pDstMCU[3]);
+VQCJ_API VqcStatus vqciBGRToYCbCr422LS_MCU_8u16s_C3P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* const pDstMCU[3]);
+VQCJ_API VqcStatus vqciBGRToYCbCr411LS_MCU_8u16s_C3P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* const pDstMCU[3]);
+VQCJ_API VqcStatus vqciBGR555ToYCbCr444LS_MCU_16u16s_C3P3R(const Vqc16u* pSrc, int32_t srcStep,
+                                                          Vqc16s* const pDstMCU[3]);
+VQCJ_API VqcStatus vqciBGR555ToYCbCr422LS_MCU_16u16s_C3P3R(const Vqc16u* pSrc, int32_t srcStep,
+                                                          Vqc16s* const pDstMCU[3]);
+VQCJ_API VqcStatus vqciBGR555ToYCbCr411LS_MCU_16u16s_C3P3R(const Vqc16u* pSrc, int32_t srcStep,
+                                                          Vqc16s* const pDstMCU[3]);
+VQCJ_API VqcStatus vqciBGR565ToYCbCr444LS_MCU_16u16s_C3P3R(const Vqc16u* pSrc, int32_t srcStep,
+                                                          Vqc16s* const pDstMCU[3]);
+VQCJ_API VqcStatus vqciBGR565ToYCbCr422LS_MCU_16u16s_C3P3R(const Vqc16u* pSrc, int32_t srcStep,
+                                                          Vqc16s* const pDstMCU[3]);
+VQCJ_API VqcStatus vqciBGR565ToYCbCr411LS_MCU_16u16s_C3P3R(const Vqc16u* pSrc, int32_t srcStep,
+                                                          Vqc16s* const pDstMCU[3]);
+VQCJ_API VqcStatus vqciCMYKToYCCK444LS_MCU_8u16s_C4P4R(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* const pDstMCU[4]);
+VQCJ_API VqcStatus vqciCMYKToYCCK422LS_MCU_8u16s_C4P4R(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* const pDstMCU[4]);
+VQCJ_API VqcStatus vqciCMYKToYCCK411LS_MCU_8u16s_C4P4R(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* const pDstMCU[4]);
+VQCJ_API VqcStatus vqciSampleDown444LS_MCU_8u16s_C3P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* const pDstMCU[3]);
+VQCJ_API VqcStatus vqciSampleDown422LS_MCU_8u16s_C3P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* const pDstMCU[3]);
+VQCJ_API VqcStatus vqciSampleDown411LS_MCU_8u16s_C3P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* const pDstMCU[3]);
+VQCJ_API VqcStatus vqciSplit422LS_MCU_8u16s_C2P3R(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* const pDstMCU[3]);
+
+VQCJ_API VqcStatus vqciYCbCr444ToRGBLS_MCU_16s8u_P3C3R(const Vqc16s* const pSrcMCU[3], Vqc8u* pDst, int32_t dstStep);
+VQCJ_API VqcStatus vqciYCbCr422ToRGBLS_MCU_16s8u_P3C3R(const Vqc16s* const pSrcMCU[3], Vqc8u* pDst, int32_t dstStep);
+VQCJ_API VqcStatus vqciYCbCr411ToRGBLS_MCU_16s8u_P3C3R(const Vqc16s* const pSrcMCU[3], Vqc8u* pDst, int32_t dstStep);
+VQCJ_API VqcStatus vqciYCbCr444ToBGRLS_MCU_16s8u_P3C3R(const Vqc16s* const pSrcMCU[3], Vqc8u* pDst, int32_t dstStep);
+VQCJ_API VqcStatus vqciYCbCr422ToBGRLS_MCU_16s8u_P3C3R(const Vqc16s* const pSrcMCU[3], Vqc8u* pDst, int32_t dstStep);
+VQCJ_API VqcStatus vqciYCbCr411ToBGRLS_MCU_16s8u_P3C3R(const Vqc16s* const pSrcMCU[3], Vqc8u* pDst, int32_t dstStep);
+VQCJ_API VqcStatus vqciYCbCr444ToBGR555LS_MCU_16s16u_P3C3R(const Vqc16s* const pSrcMCU[3], Vqc16u* pDst,
+                                                          int32_t dstStep);
+VQCJ_API VqcStatus vqciYCbCr422ToBGR555LS_MCU_16s16u_P3C3R(const Vqc16s* const pSrcMCU[3], Vqc16u* pDst,
+                                                          int32_t dstStep);
+VQCJ_API VqcStatus vqciYCbCr411ToBGR555LS_MCU_16s16u_P3C3R(const Vqc16s* const pSrcMCU[3], Vqc16u* pDst,
+                                                          int32_t dstStep);
+VQCJ_API VqcStatus vqciYCbCr444ToBGR565LS_MCU_16s16u_P3C3R(const Vqc16s* const pSrcMCU[3], Vqc16u* pDst,
+                                                          int32_t dstStep);
+VQCJ_API VqcStatus vqciYCbCr422ToBGR565LS_MCU_16s16u_P3C3R(const Vqc16s* const pSrcMCU[3], Vqc16u* pDst,
+                                                          int32_t dstStep);
+VQCJ_API VqcStatus vqciYCbCr411ToBGR565LS_MCU_16s16u_P3C3R(const Vqc16s* const pSrcMCU[3], Vqc16u* pDst,
+                                                          int32_t dstStep);
+VQCJ_API VqcStatus vqciYCCK444ToCMYKLS_MCU_16s8u_P4C4R(const Vqc16s* const pSrcMCU[4], Vqc8u* pDst, int32_t dstStep);
+VQCJ_API VqcStatus vqciYCCK422ToCMYKLS_MCU_16s8u_P4C4R(const Vqc16s* const pSrcMCU[4], Vqc8u* pDst, int32_t dstStep);
+VQCJ_API VqcStatus vqciYCCK411ToCMYKLS_MCU_16s8u_P4C4R(const Vqc16s* const pSrcMCU[4], Vqc8u* pDst, int32_t dstStep);
+VQCJ_API VqcStatus vqciSampleUp444LS_MCU_16s8u_P3C3R(const Vqc16s* const pSrcMCU[3], Vqc8u* pDst, int32_t dstStep);
+VQCJ_API VqcStatus vqciSampleUp422LS_MCU_16s8u_P3C3R(const Vqc16s* const pSrcMCU[3], Vqc8u* pDst, int32_t dstStep);
+VQCJ_API VqcStatus vqciSampleUp411LS_MCU_16s8u_P3C3R(const Vqc16s* const pSrcMCU[3], Vqc8u* pDst, int32_t dstStep);
+VQCJ_API VqcStatus vqciJoin422LS_MCU_16s8u_P3C2R(const Vqc16s* const pSrcMCU[3], Vqc8u* pDst, int32_t dstStep);
+
+/*
+ * Reduced inverse DCTs, with the arguments and checks of
+ * vqciDCTQuantInv8x8LS_JPEG_16s8u_C1R (pSrc, pDst -8, dstStep -14, table -8).
+ * LS_1x1, LS_2x2, LS_4x4: 8x8 samples identical to that function's on the
+ * same block with every coefficient outside the top-left 1x1, 2x2 or 4x4
+ * corner taken as zero; the caller uses them when the block's last non-zero
+ * coefficient lies in that corner.
+ * To4x4, To2x2: 4x4 or 2x2 samples, the block scaled down, by the arithmetic
+ * of libjpeg's reduced transforms (jpeg_idct_4x4, jpeg_idct_2x2): the product
+ * of coefficient and table entry, both read as signed, exact in 32 bits, 13
+ * fraction bits in the constants, 32-bit wrapping sums, and the final value
+ * plus 128 saturated to 0..255. Equal to libjpeg's output whenever no sum
+ * leaves 32 bits (dequantised coefficients below 1500 in magnitude suffice)
+ * and the final value lies in -512..511, where libjpeg's range table
+ * saturates too: every block an 8-bit encoder writes.
+ */
+VQCJ_API VqcStatus vqciDCTQuantInv8x8LS_1x1_JPEG_16s8u_C1R(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep,
+                                                            const Vqc16u* pQuantInvTable);
+VQCJ_API VqcStatus vqciDCTQuantInv8x8LS_2x2_JPEG_16s8u_C1R(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep,
+                                                            const Vqc16u* pQuantInvTable);
+VQCJ_API VqcStatus vqciDCTQuantInv8x8LS_4x4_JPEG_16s8u_C1R(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep,
+                                                            const Vqc16u* pQuantInvTable);
+VQCJ_API VqcStatus vqciDCTQuantInv8x8To4x4LS_JPEG_16s8u_C1R(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep,
+                                                             const Vqc16u* pQuantInvTable);
+VQCJ_API VqcStatus vqciDCTQuantInv8x8To2x2LS_JPEG_16s8u_C1R(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep,
+                                                             const Vqc16u* pQuantInvTable);
 
 /* ---- JPEG 2000 reversible 5/3 wavelet -------------------------------- */
 
