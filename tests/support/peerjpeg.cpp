@@ -62,7 +62,7 @@ std::vector<uint8_t> peerEncode(const uint8_t* pixels, int width, int height, in
     return out;
 }
 
-PeerDecoded peerDecode(const std::vector<uint8_t>& file) {
+PeerDecoded peerDecode(const std::vector<uint8_t>& file, int scaleDenom) {
     PeerDecoded r;
     jpeg_decompress_struct d{};
     vqcjphoto::JpegErrorJump err;
@@ -76,6 +76,8 @@ PeerDecoded peerDecode(const std::vector<uint8_t>& file) {
     jpeg_create_decompress(&d);
     jpeg_mem_src(&d, file.data(), file.size());
     jpeg_read_header(&d, TRUE);
+    d.scale_num = 1;
+    d.scale_denom = scaleDenom;
     jpeg_start_decompress(&d);
     r.width = d.output_width, r.height = d.output_height, r.channels = d.output_components;
     r.pixels.resize(size_t(r.width) * r.height * r.channels);

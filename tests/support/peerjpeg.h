@@ -34,7 +34,8 @@ struct PeerDecoded {
 };
 // Pixels with its default (islow, fancy up-sampling) settings, and the
 // quantised coefficients as jpeg_read_coefficients gives them.
-PeerDecoded peerDecode(const std::vector<uint8_t>& file);
+// scaleDenom 2, 4 or 8 asks for its scaled output instead.
+PeerDecoded peerDecode(const std::vector<uint8_t>& file, int scaleDenom = 1);
 
 double psnr(const std::vector<uint8_t>& a, const std::vector<uint8_t>& b);
 

@@ -154,6 +154,30 @@ TEST(JpegCodec, PeerFilesDecodeToItsCoefficients) {
     }
 }
 
+// Scaled decoding: grey pictures exactly as libjpeg scales them (the same
+// reduced transforms), colour ones close, their chroma being filtered apart.
+TEST(JpegCodec, ScaledDecoding) {
+    for (const char* name : {"camera", "coffee"}) {
+        const Image img = crop(photo(name), 203, 101, 3, 3);
+        vqcjpeg::EncodeOptions o;
+        o.quality = 85;
+        std::vector<uint8_t> file;
+        ASSERT_EQ(vqcjpeg::encode(img, o, file), "");
+        for (int s : {2, 4, 8}) {
+            SCOPED_TRACE(std::string(name) + " 1/" + std::to_string(s));
+            const auto peer = vqcjtest::peerDecode(file, s);
+            Image ours;
+            ASSERT_EQ(vqcjpeg::decode(file.data(), file.size(), ours, s), "");
+            ASSERT_EQ(ours.width, peer.width);
+            ASSERT_EQ(ours.height, peer.height);
+            if (img.channels == 1)
+                EXPECT_EQ(ours.pixels, peer.pixels);
+            else
+                EXPECT_GE(vqcjtest::psnr(peer.pixels, ours.pixels), 30.0);
+        }
+    }
+}
+
 TEST(JpegCodec, LosslessRoundTrips) {
     const Image rgb = crop(photo("astronaut"), 67, 31, 100, 100);
     const Image grey = crop(photo("camera"), 45, 29, 200, 100);

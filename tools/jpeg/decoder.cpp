@@ -124,8 +124,21 @@ std::vector<uint8_t> bordered(const uint8_t* src, int step, int w, int h, int& b
     return b;
 }
 
-std::string finishDct(Frame& f, const ParsedScan& last, Image& out) {
-    const int padW = f.mcusX * f.hmax * 8, padH = f.mcusY * f.vmax * 8;
+// One block to n x n samples: the full inverse for 8, the scaled ones below;
+// 1 keeps the DC alone, rounded as libjpeg's 1x1 transform does.
+void inverseBlock(const int16_t* coef, uint8_t* dst, int step, const Vqc16u* inv, int n) {
+    switch (n) {
+        case 8: vqciDCTQuantInv8x8LS_JPEG_16s8u_C1R(coef, dst, step, inv); break;
+        case 4: vqciDCTQuantInv8x8To4x4LS_JPEG_16s8u_C1R(coef, dst, step, inv); break;
+        case 2: vqciDCTQuantInv8x8To2x2LS_JPEG_16s8u_C1R(coef, dst, step, inv); break;
+        default: *dst = static_cast<uint8_t>(std::clamp(((coef[0] * static_cast<int16_t>(inv[0]) + 4) >> 3) + 128, 0, 255));
+    }
+}
+
+std::string finishDct(Frame& f, const ParsedScan& last, Image& out, int scale) {
+    const int bs = 8 / scale;  // samples per block side
+    const int padW = f.mcusX * f.hmax * bs, padH = f.mcusY * f.vmax * bs;
+    const int outW = (f.width * bs + 7) / 8, outH = (f.height * bs + 7) / 8;
     const int n = static_cast<int>(f.comps.size());
     std::vector<std::vector<uint8_t>> planes(n);
     for (int c = 0; c < n; ++c) {
@@ -138,22 +151,21 @@ std::string finishDct(Frame& f, const ParsedScan& last, Image& out) {
         }
         Vqc16u inv[64];
         vqciQuantInvTableInit_JPEG_8u16u(raw, inv);
-        const int step = comp.paddedW * 8;
-        planes[c].resize(size_t(step) * comp.paddedH * 8);
+        const int step = comp.paddedW * bs;
+        planes[c].resize(size_t(step) * comp.paddedH * bs);
         for (int by = 0; by < comp.paddedH; ++by)
             for (int bx = 0; bx < comp.paddedW; ++bx)
-                vqciDCTQuantInv8x8LS_JPEG_16s8u_C1R(&comp.coef[(size_t(by) * comp.paddedW + bx) * 64],
-                                                    &planes[c][size_t(by) * 8 * step + size_t(bx) * 8], step, inv);
+                inverseBlock(&comp.coef[(size_t(by) * comp.paddedW + bx) * 64],
+                             &planes[c][size_t(by) * bs * step + size_t(bx) * bs], step, inv, bs);
     }
-    out.width = f.width;
-    out.height = f.height;
+    out.width = outW;
+    out.height = outH;
     out.precision = 8;
     out.channels = n == 1 ? 1 : 3;
-    out.pixels.resize(size_t(f.width) * f.height * out.channels);
+    out.pixels.resize(size_t(outW) * outH * out.channels);
     if (n == 1) {
-        const int step = f.comps[0].paddedW * 8;
-        for (int y = 0; y < f.height; ++y)
-            std::memcpy(&out.pixels[size_t(y) * f.width], &planes[0][size_t(y) * step], f.width);
+        const int step = f.comps[0].paddedW * bs;
+        for (int y = 0; y < outH; ++y) std::memcpy(&out.pixels[size_t(y) * outW], &planes[0][size_t(y) * step], outW);
         return {};
     }
     // Every plane at full rate with one common step, then one conversion.
@@ -161,7 +173,7 @@ std::string finishDct(Frame& f, const ParsedScan& last, Image& out) {
     for (int c = 0; c < 3; ++c) {
         const Component& comp = f.comps[c];
         const int fx = f.hmax / comp.h, fy = f.vmax / comp.v;
-        const int w = comp.paddedW * 8, h = comp.paddedH * 8;
+        const int w = comp.paddedW * bs, h = comp.paddedH * bs;
         if (fx == 1 && fy == 1) {
             full[c] = std::move(planes[c]);
             continue;
@@ -181,12 +193,12 @@ std::string finishDct(Frame& f, const ParsedScan& last, Image& out) {
     const Vqc8u* src[3] = {full[0].data(), full[1].data(), full[2].data()};
     const bool rgb = f.comps[0].id == 'R' && f.comps[1].id == 'G' && f.comps[2].id == 'B';
     if (rgb) {
-        for (int y = 0; y < f.height; ++y)
-            for (int x = 0; x < f.width; ++x)
-                for (int c = 0; c < 3; ++c) out.pixels[(size_t(y) * f.width + x) * 3 + c] = src[c][size_t(y) * padW + x];
+        for (int y = 0; y < outH; ++y)
+            for (int x = 0; x < outW; ++x)
+                for (int c = 0; c < 3; ++c) out.pixels[(size_t(y) * outW + x) * 3 + c] = src[c][size_t(y) * padW + x];
         return {};
     }
-    const VqcStatus st = vqciYCbCrToRGB_JPEG_8u_P3C3R(src, padW, out.pixels.data(), f.width * 3, VqciSize{f.width, f.height});
+    const VqcStatus st = vqciYCbCrToRGB_JPEG_8u_P3C3R(src, padW, out.pixels.data(), outW * 3, VqciSize{outW, outH});
     return st < 0 ? status("colour conversion", st) : std::string{};
 }
 
@@ -262,10 +274,10 @@ std::string decode(const uint8_t* data, size_t size, Image& out, int scaleDenom)
     if (size > 0x7FFFFFFF) return "file too large";
     Parsed p;
     if (std::string e = parse(data, size, p); !e.empty()) return e;
-    if (p.frame.lossless()) return decodeLossless(data, size, p, out);
-    if (scaleDenom != 1) return "scaled decoding is not supported yet";
+    if (p.frame.lossless()) return scaleDenom == 1 ? decodeLossless(data, size, p, out) : "lossless files decode at full size only";
+    if (scaleDenom != 1 && scaleDenom != 2 && scaleDenom != 4 && scaleDenom != 8) return "scale must be 1/1, 1/2, 1/4 or 1/8";
     if (std::string e = decodeScans(data, size, p); !e.empty()) return e;
-    return finishDct(p.frame, p.scans.back(), out);
+    return finishDct(p.frame, p.scans.back(), out, scaleDenom);
 }
 
 std::string decodeScans(const uint8_t* data, size_t size, Parsed& p) {
