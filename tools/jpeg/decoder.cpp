@@ -313,9 +313,11 @@ std::string describe(const uint8_t* data, size_t size, std::string& text) {
     int i = 0;
     for (const ParsedScan& ps : p.scans) {
         std::string comps;
-        for (const ScanComponent& sc : ps.scan.comps)
-            comps += (comps.empty() ? "" : ",") + std::to_string(f.comps[sc.index].id) + "(dc" + std::to_string(sc.td) +
-                     " ac" + std::to_string(sc.ta) + ")";
+        for (const ScanComponent& sc : ps.scan.comps) {
+            char one[48];
+            std::snprintf(one, sizeof one, "%s%d(dc%d ac%d)", comps.empty() ? "" : ",", f.comps[sc.index].id, sc.td, sc.ta);
+            comps += one;
+        }
         std::snprintf(line, sizeof line, "scan %d: components %s, Ss %d, Se %d, Ah %d, Al %d, restart %d\n", i++,
                       comps.c_str(), ps.scan.ss, ps.scan.se, ps.scan.ah, ps.scan.al, ps.restart);
         text += line;
