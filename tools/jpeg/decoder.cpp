@@ -77,36 +77,12 @@ std::string decodeScan(const uint8_t* data, size_t size, Frame& f, const ParsedS
             st = vqciDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(data, len, &pos, blk, &marker, s.ss, s.se, s.al, &t.ac[sc.ta], &state);
         return st < 0 ? status("entropy decoder", st) : std::string{};
     };
-    long unit = 0;
-    auto boundary = [&]() -> std::string {
-        if (ps.restart <= 0 || unit == 0 || unit % ps.restart != 0) return {};
+    return walkScan(f, s, ps.restart, block, [&](int) -> std::string {
         if (std::string e = takeRestart(data, size, pos, marker); !e.empty()) return e;
         vqciDecodeHuffmanStateInit_JPEG_8u(&state);
         std::memset(pred, 0, sizeof pred);
         return {};
-    };
-    if (s.comps.size() == 1) {
-        Component& c = f.comps[s.comps[0].index];
-        for (int by = 0; by < c.blocksH; ++by)
-            for (int bx = 0; bx < c.blocksW; ++bx, ++unit) {
-                if (std::string e = boundary(); !e.empty()) return e;
-                if (std::string e = block(0, &c.coef[(size_t(by) * c.paddedW + bx) * 64]); !e.empty()) return e;
-            }
-        return {};
-    }
-    for (int my = 0; my < f.mcusY; ++my)
-        for (int mx = 0; mx < f.mcusX; ++mx, ++unit) {
-            if (std::string e = boundary(); !e.empty()) return e;
-            for (size_t k = 0; k < s.comps.size(); ++k) {
-                Component& c = f.comps[s.comps[k].index];
-                for (int v = 0; v < c.v; ++v)
-                    for (int h = 0; h < c.h; ++h) {
-                        const size_t b = size_t(my * c.v + v) * c.paddedW + size_t(mx * c.h + h);
-                        if (std::string e = block(static_cast<int>(k), &c.coef[b * 64]); !e.empty()) return e;
-                    }
-            }
-        }
-    return {};
+    });
 }
 
 // A plane with a border of one repeated sample on every side, as the

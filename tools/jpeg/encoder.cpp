@@ -122,40 +122,6 @@ void writeSos(Writer& w, const Frame& f, const Scan& s) {
     w.byte(s.ah << 4 | s.al);
 }
 
-// Visits the blocks of a scan in stream order: fn(component, block) for each
-// block, and restart(unit) before every restart unit after the first.
-template <class Block, class Restart>
-std::string walkScan(Frame& f, const Scan& s, int restart, Block&& block, Restart&& onRestart) {
-    long unit = 0;
-    auto boundary = [&]() -> std::string {
-        if (restart > 0 && unit > 0 && unit % restart == 0) return onRestart(static_cast<int>((unit / restart - 1) & 7));
-        return {};
-    };
-    if (s.comps.size() == 1) {
-        const int ci = s.comps[0].index;
-        Component& c = f.comps[ci];
-        for (int by = 0; by < c.blocksH; ++by)
-            for (int bx = 0; bx < c.blocksW; ++bx, ++unit) {
-                if (std::string e = boundary(); !e.empty()) return e;
-                if (std::string e = block(0, &c.coef[(size_t(by) * c.paddedW + bx) * 64]); !e.empty()) return e;
-            }
-        return {};
-    }
-    for (int my = 0; my < f.mcusY; ++my)
-        for (int mx = 0; mx < f.mcusX; ++mx, ++unit) {
-            if (std::string e = boundary(); !e.empty()) return e;
-            for (size_t k = 0; k < s.comps.size(); ++k) {
-                Component& c = f.comps[s.comps[k].index];
-                for (int v = 0; v < c.v; ++v)
-                    for (int h = 0; h < c.h; ++h) {
-                        const size_t b = size_t(my * c.v + v) * c.paddedW + size_t(mx * c.h + h);
-                        if (std::string e = block(static_cast<int>(k), &c.coef[b * 64]); !e.empty()) return e;
-                    }
-            }
-        }
-    return {};
-}
-
 // Planes of the image padded to whole MCUs by repeating the last column and
 // row, then chroma down-sampled: the input of the forward transform.
 std::string makePlanes(const Image& img, Frame& f, std::vector<std::vector<uint8_t>>& planes, int& step) {

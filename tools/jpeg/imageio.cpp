@@ -28,7 +28,8 @@ struct File {
 };
 
 std::string readPng(FILE* fp, Image& img) {
-    png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    // Warnings (such as a colour profile libpng dislikes) do not stop a read.
+    png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, [](png_structp, png_const_charp) {});
     png_infop info = png ? png_create_info_struct(png) : nullptr;
     if (!info) return "out of memory";
     std::vector<png_bytep> rows;

@@ -87,6 +87,40 @@ std::string parse(const uint8_t* data, size_t size, Parsed& out);
 // coefficient arrays (quantised, natural order).
 std::string decodeScans(const uint8_t* data, size_t size, Parsed& p);
 
+// Visits the blocks of a scan in stream order: fn(component, block) for each
+// block, and restart(unit) before every restart unit after the first.
+template <class Block, class Restart>
+inline std::string walkScan(Frame& f, const Scan& s, int restart, Block&& block, Restart&& onRestart) {
+    long unit = 0;
+    auto boundary = [&]() -> std::string {
+        if (restart > 0 && unit > 0 && unit % restart == 0) return onRestart(static_cast<int>((unit / restart - 1) & 7));
+        return {};
+    };
+    if (s.comps.size() == 1) {
+        const int ci = s.comps[0].index;
+        Component& c = f.comps[ci];
+        for (int by = 0; by < c.blocksH; ++by)
+            for (int bx = 0; bx < c.blocksW; ++bx, ++unit) {
+                if (std::string e = boundary(); !e.empty()) return e;
+                if (std::string e = block(0, &c.coef[(size_t(by) * c.paddedW + bx) * 64]); !e.empty()) return e;
+            }
+        return {};
+    }
+    for (int my = 0; my < f.mcusY; ++my)
+        for (int mx = 0; mx < f.mcusX; ++mx, ++unit) {
+            if (std::string e = boundary(); !e.empty()) return e;
+            for (size_t k = 0; k < s.comps.size(); ++k) {
+                Component& c = f.comps[s.comps[k].index];
+                for (int v = 0; v < c.v; ++v)
+                    for (int h = 0; h < c.h; ++h) {
+                        const size_t b = size_t(my * c.v + v) * c.paddedW + size_t(mx * c.h + h);
+                        if (std::string e = block(static_cast<int>(k), &c.coef[b * 64]); !e.empty()) return e;
+                    }
+            }
+        }
+    return {};
+}
+
 // Finds the next marker at or after pos (0xFF followed by neither 0x00 nor
 // 0xFF); returns its code and leaves pos behind it, or -1 at the end.
 int nextMarker(const uint8_t* data, size_t size, size_t& pos);
