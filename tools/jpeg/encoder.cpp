@@ -16,7 +16,10 @@ namespace {
 // caller-sized buffer and cannot resume a block that ran out of room.
 class Writer {
 public:
-    explicit Writer(std::vector<uint8_t>& out) : out_(out) { out_.clear(); }
+    // Bytes already in `out` are reused as they stand, not cleared again.
+    Writer(std::vector<uint8_t>& out, size_t expected) : out_(out) {
+        if (out_.size() < expected) out_.resize(expected);
+    }
     void byte(int b) { reserve(1), out_[pos_++] = static_cast<uint8_t>(b); }
     void word(int w) { byte(w >> 8), byte(w & 255); }
     void bytes(const uint8_t* p, size_t n) {
@@ -26,7 +29,7 @@ public:
     }
     void marker(int m) { byte(0xFF), byte(m); }
     void reserve(size_t n) {
-        if (out_.size() < pos_ + n) out_.resize(std::max(out_.size() * 2, pos_ + n + 65536));
+        if (out_.size() - pos_ < n) out_.resize(std::max(out_.size() + out_.size() / 2, pos_ + n + 65536));
     }
     // The entropy coders' view: buffer, its length and the position.
     uint8_t* data() { return out_.data(); }
@@ -122,48 +125,87 @@ void writeSos(Writer& w, const Frame& f, const Scan& s) {
     w.byte(s.ah << 4 | s.al);
 }
 
-// Planes of the image padded to whole MCUs by repeating the last column and
-// row, then chroma down-sampled: the input of the forward transform.
-std::string makePlanes(const Image& img, Frame& f, std::vector<std::vector<uint8_t>>& planes, int& step) {
-    const int padW = f.mcusX * f.hmax * 8, padH = f.mcusY * f.vmax * 8;
-    step = padW;
-    std::vector<uint8_t> full[3];
-    const int n = static_cast<int>(f.comps.size());
-    for (int c = 0; c < n; ++c) full[c].resize(size_t(padW) * padH);
-    if (img.channels == 3) {
-        Vqc8u* dst[3] = {full[0].data(), full[n == 3 ? 1 : 0].data(), full[n == 3 ? 2 : 0].data()};
-        std::vector<uint8_t> scratch[2];
-        if (n == 1)  // grey output from colour input: only Y is kept
-            for (int k = 0; k < 2; ++k) scratch[k].resize(full[0].size()), dst[1 + k] = scratch[k].data();
-        const VqcStatus st = vqciRGBToYCbCr_JPEG_8u_C3P3R(img.pixels.data(), img.width * 3, dst, padW,
-                                                          VqciSize{img.width, img.height});
-        if (st < 0) return status("colour conversion", st);
-    } else {
-        for (int y = 0; y < img.height; ++y)
-            std::memcpy(&full[0][size_t(y) * padW], &img.pixels[size_t(y) * img.width], img.width);
+// The front end: one MCU of the picture at a time, turned into quantised
+// blocks in natural order, the luma blocks in raster order first, then Cb
+// and Cr. MCUs that reach past the picture are first copied into a small
+// buffer that repeats the last column and row, as libjpeg pads its edges;
+// all others are read straight from the picture's rows.
+class McuFront {
+public:
+    McuFront(const Image& img, const Frame& f, const Vqc16u (*fwd)[64])
+        : img_(img), fwd_(fwd), mw_(8 * f.hmax), mh_(8 * f.vmax), luma_(f.hmax * f.vmax),
+          blocks_(f.comps.size() == 3 ? luma_ + 2 : 1) {
+        if (f.comps.size() == 3)
+            convert_ = f.hmax == 1 ? vqciRGBToYCbCr444LS_MCU_8u16s_C3P3R
+                       : f.vmax == 1 ? vqciRGBToYCbCr422LS_MCU_8u16s_C3P3R
+                                     : vqciRGBToYCbCr411LS_MCU_8u16s_C3P3R;
     }
-    for (int c = 0; c < n; ++c) {
-        for (int y = 0; y < img.height; ++y) {
-            uint8_t* row = &full[c][size_t(y) * padW];
-            std::fill(row + img.width, row + padW, row[img.width - 1]);
+    int blocks() const { return blocks_; }
+    int lumaBlocks() const { return luma_; }
+
+    std::string mcu(int mx, int my, Vqc16s* blk) {
+        const int x0 = mx * mw_, y0 = my * mh_, ch = img_.channels;
+        const int vw = std::min(mw_, img_.width - x0), vh = std::min(mh_, img_.height - y0);
+        const uint8_t* src = &img_.pixels[(size_t(y0) * img_.width + x0) * ch];
+        int step = img_.width * ch;
+        VqcStatus st;
+        if (convert_) {
+            if (vw < mw_ || vh < mh_) {
+                for (int y = 0; y < vh; ++y) std::memcpy(&pix_[y * mw_ * 3], src + size_t(y) * step, size_t(vw) * 3);
+                extend(3, vw, vh);
+                src = pix_, step = mw_ * 3;
+            }
+            Vqc16s* const dst[3] = {blk, blk + 64 * luma_, blk + 64 * (luma_ + 1)};
+            if ((st = convert_(src, step, dst)) < 0) return status("colour conversion", st);
+            for (int b = 0; b < blocks_; ++b)
+                if ((st = vqciDCTQuantFwd8x8_JPEG_16s_C1I(blk + 64 * b, fwd_[b < luma_ ? 0 : 1])) < 0)
+                    return status("forward DCT", st);
+            return {};
         }
-        for (int y = img.height; y < padH; ++y)
-            std::memcpy(&full[c][size_t(y) * padW], &full[c][size_t(img.height - 1) * padW], padW);
-    }
-    planes.assign(n, {});
-    for (int c = 0; c < n; ++c) {
-        const Component& comp = f.comps[c];
-        const int fx = f.hmax / comp.h, fy = f.vmax / comp.v;
-        if (fx == 1 && fy == 1) {
-            planes[c] = std::move(full[c]);
-            continue;
+        if (ch == 3) {  // grey from colour: the luma of the part inside, then padded
+            if ((st = vqciRGBToY_JPEG_8u_C3C1R(src, step, pix_, 8, VqciSize{vw, vh})) < 0) return status("colour conversion", st);
+            extend(1, vw, vh);
+            src = pix_, step = 8;
+        } else if (vw < 8 || vh < 8) {
+            for (int y = 0; y < vh; ++y) std::memcpy(&pix_[y * 8], src + size_t(y) * step, vw);
+            extend(1, vw, vh);
+            src = pix_, step = 8;
         }
-        planes[c].resize(size_t(padW) * padH);
-        const VqciSize src{padW, padH}, dst{padW / fx, padH / fy};
-        const VqcStatus st = fy == 2 ? vqciSampleDownH2V2_JPEG_8u_C1R(full[c].data(), padW, src, planes[c].data(), padW, dst)
-                                     : vqciSampleDownH2V1_JPEG_8u_C1R(full[c].data(), padW, src, planes[c].data(), padW, dst);
-        if (st < 0) return status("down-sampling", st);
+        if ((st = vqciDCTQuantFwd8x8LS_JPEG_8u16s_C1R(src, step, blk, fwd_[0])) < 0) return status("forward DCT", st);
+        return {};
     }
+
+private:
+    // Repeats the last of the vw columns and vh rows of pix_ over the MCU.
+    void extend(int ch, int vw, int vh) {
+        const int row = mw_ * ch;
+        for (int y = 0; y < vh; ++y) {
+            uint8_t* p = &pix_[y * row];
+            for (int x = vw * ch; x < row; ++x) p[x] = p[x - ch];
+        }
+        for (int y = vh; y < mh_; ++y) std::memcpy(&pix_[y * row], &pix_[(vh - 1) * row], row);
+    }
+
+    const Image& img_;
+    const Vqc16u (*fwd_)[64];
+    int mw_, mh_, luma_, blocks_;
+    VqcStatus (*convert_)(const Vqc8u*, int32_t, Vqc16s* const[3]) = nullptr;
+    uint8_t pix_[16 * 16 * 3];
+};
+
+// Visits the MCUs of the frame in stream order: mcu(mx, my, blocks) for each, with
+// restart(unit) before every restart interval after the first.
+template <class Mcu, class Restart>
+std::string walkMcus(const Frame& f, McuFront& front, int restart, Mcu&& mcu, Restart&& onRestart) {
+    alignas(64) Vqc16s blk[6 * 64];
+    long unit = 0;
+    for (int my = 0; my < f.mcusY; ++my)
+        for (int mx = 0; mx < f.mcusX; ++mx, ++unit) {
+            if (restart > 0 && unit > 0 && unit % restart == 0)
+                if (std::string e = onRestart(static_cast<int>((unit / restart - 1) & 7)); !e.empty()) return e;
+            if (std::string e = front.mcu(mx, my, blk); !e.empty()) return e;
+            if (std::string e = mcu(mx, my, static_cast<const Vqc16s*>(blk)); !e.empty()) return e;
+        }
     return {};
 }
 
@@ -198,7 +240,8 @@ std::vector<Scan> progression(int ncomps) {
     return script;
 }
 
-// One scan's entropy-coded data, and with `stats` first its optimal tables.
+// One progressive scan over the stored coefficients: its statistics, then
+// its entropy-coded data.
 struct ScanCoder {
     Frame& f;
     const Scan& s;
@@ -211,9 +254,9 @@ struct ScanCoder {
         VqciEncodeHuffmanState st{};
         vqciEncodeHuffmanStateInit_JPEG_8u(&st);
         std::memset(pred, 0, sizeof pred);
-        const bool progressive = f.progressive(), dcScan = s.ss == 0;
+        const bool dcScan = s.ss == 0;
         auto flushAc = [&]() -> std::string {
-            if (!progressive || dcScan) return {};
+            if (dcScan) return {};
             const int t = s.comps[0].ta;
             const VqcStatus r = s.ah ? vqciGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(nullptr, acHist[t], s.ss, s.se, s.al, &st, 1)
                                      : vqciGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(nullptr, acHist[t], s.ss, s.se, s.al, &st, 1);
@@ -224,9 +267,7 @@ struct ScanCoder {
             [&](int k, const int16_t* blk) -> std::string {
                 const ScanComponent& sc = s.comps[k];
                 VqcStatus r;
-                if (!progressive)
-                    r = vqciGetHuffmanStatistics8x8_JPEG_16s_C1(blk, dcHist[sc.td], acHist[sc.ta], &pred[k]);
-                else if (dcScan)
+                if (dcScan)
                     r = s.ah ? vqcStatusOk : vqciGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(blk, dcHist[sc.td], &pred[k], s.al);
                 else if (s.ah)
                     r = vqciGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(blk, acHist[sc.ta], s.ss, s.se, s.al, &st, 0);
@@ -244,9 +285,8 @@ struct ScanCoder {
 
     std::string flush(const Tables& t) {
         w.reserve(kBlockRoom * 2);
-        const bool progressive = f.progressive();
         VqcStatus r;
-        if (progressive && s.ss > 0) {
+        if (s.ss > 0) {
             const VqciEncodeHuffmanSpec* ac = &t.ac[s.comps[0].ta];
             r = s.ah ? vqciEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(nullptr, w.data(), w.length(), w.position(), s.ss, s.se, s.al, ac, &state, 1)
                      : vqciEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(nullptr, w.data(), w.length(), w.position(), s.ss, s.se, s.al, ac, &state, 1);
@@ -259,7 +299,7 @@ struct ScanCoder {
     std::string encode(const Tables& t) {
         vqciEncodeHuffmanStateInit_JPEG_8u(&state);
         std::memset(pred, 0, sizeof pred);
-        const bool progressive = f.progressive(), dcScan = s.ss == 0;
+        const bool dcScan = s.ss == 0;
         std::string e = walkScan(
             f, s, restart,
             [&](int k, const int16_t* blk) -> std::string {
@@ -269,9 +309,7 @@ struct ScanCoder {
                 const int32_t n = w.length();
                 int32_t* pos = w.position();
                 VqcStatus r;
-                if (!progressive)
-                    r = vqciEncodeHuffman8x8_JPEG_16s1u_C1(blk, d, n, pos, &pred[k], &t.dc[sc.td], &t.ac[sc.ta], &state, 0);
-                else if (dcScan && s.ah)
+                if (dcScan && s.ah)
                     r = vqciEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(blk, d, n, pos, s.al, &state, 0);
                 else if (dcScan)
                     r = vqciEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(blk, d, n, pos, &pred[k], s.al, &t.dc[sc.td], &state, 0);
@@ -291,6 +329,126 @@ struct ScanCoder {
         return flush(t);
     }
 };
+
+// Progressive scans revisit every block, so the whole picture's coefficients
+// are kept; each scan gets tables to measure, as the example tables have no
+// EOB runs.
+std::string encodeProgressive(Frame& f, McuFront& front, int restart, Writer& w) {
+    for (Component& c : f.comps) c.coef.resize(size_t(c.paddedW) * c.paddedH * 64);
+    std::string e = walkMcus(
+        f, front, 0,
+        [&](int mx, int my, const Vqc16s* blk) -> std::string {
+            for (Component& c : f.comps)
+                for (int v = 0; v < c.v; ++v)
+                    for (int h = 0; h < c.h; ++h, blk += 64)
+                        std::memcpy(&c.coef[(size_t(my * c.v + v) * c.paddedW + size_t(mx * c.h + h)) * 64], blk, 64 * sizeof(Vqc16s));
+            return {};
+        },
+        [](int) { return std::string(); });
+    if (!e.empty()) return e;
+    std::vector<Scan> script = progression(static_cast<int>(f.comps.size()));
+    Tables t;
+    for (Scan& s : script) {
+        for (ScanComponent& sc : s.comps) sc.td = sc.ta = sc.index > 0 ? 1 : 0;
+        ScanCoder sc{f, s, restart, w};
+        if (!(s.ss == 0 && s.ah)) {  // DC refinement codes no symbols
+            int32_t dcHist[2][257] = {}, acHist[2][257] = {};
+            if (std::string e = sc.gather(dcHist, acHist); !e.empty()) return e;
+            const HuffLists* lists[4];
+            int classes[4], ids[4], n = 0;
+            for (const ScanComponent& c : s.comps) {
+                const bool dc = s.ss == 0;
+                const int id = dc ? c.td : c.ta;
+                bool seen = false;
+                for (int i = 0; i < n; ++i) seen |= ids[i] == id;
+                if (seen) continue;
+                HuffLists& l = dc ? t.dcLists[id] : t.acLists[id];
+                if (std::string e = optimal(dc ? dcHist[id] : acHist[id], l); !e.empty()) return e;
+                if (std::string e = buildSpec(l, dc ? t.dc[id] : t.ac[id]); !e.empty()) return e;
+                lists[n] = &l, classes[n] = dc ? 0 : 1, ids[n] = id, ++n;
+            }
+            writeDht(w, lists, classes, ids, n);
+        }
+        writeSos(w, f, s);
+        if (std::string e = sc.encode(t); !e.empty()) return e;
+    }
+    return {};
+}
+
+// Baseline: one pass over the MCUs, each block coded as soon as it is made;
+// optimised tables take a first pass that only counts symbols.
+std::string encodeSequential(const Frame& f, McuFront& front, const EncodeOptions& opt, Writer& w) {
+    const int nb = front.blocks(), nt = f.comps.size() == 3 ? 2 : 1;
+    int comp[6];  // component of each block of an MCU
+    for (int b = 0; b < nb; ++b) comp[b] = b < front.lumaBlocks() ? 0 : 1 + b - front.lumaBlocks();
+    Tables t;
+    for (int k = 0; k < nt; ++k) t.dcLists[k] = stdHuffman(false, k), t.acLists[k] = stdHuffman(true, k);
+    Vqc16s pred[3] = {};
+    auto restartPred = [&](int) {
+        std::memset(pred, 0, sizeof pred);
+        return std::string();
+    };
+    if (opt.optimize) {
+        int32_t dcHist[2][257] = {}, acHist[2][257] = {};
+        std::string e = walkMcus(
+            f, front, opt.restart,
+            [&](int, int, const Vqc16s* blk) -> std::string {
+                for (int b = 0; b < nb; ++b) {
+                    const int c = comp[b], k = c > 0;
+                    const VqcStatus r = vqciGetHuffmanStatistics8x8_JPEG_16s_C1(blk + 64 * b, dcHist[k], acHist[k], &pred[c]);
+                    if (r < 0) return status("statistics", r);
+                }
+                return {};
+            },
+            restartPred);
+        if (!e.empty()) return e;
+        for (int k = 0; k < nt; ++k) {
+            if (std::string e = optimal(dcHist[k], t.dcLists[k]); !e.empty()) return e;
+            if (std::string e = optimal(acHist[k], t.acLists[k]); !e.empty()) return e;
+        }
+        std::memset(pred, 0, sizeof pred);
+    }
+    const HuffLists* lists[4];
+    int classes[4], ids[4];
+    for (int k = 0; k < nt; ++k) {
+        lists[2 * k] = &t.dcLists[k], classes[2 * k] = 0, ids[2 * k] = k;
+        lists[2 * k + 1] = &t.acLists[k], classes[2 * k + 1] = 1, ids[2 * k + 1] = k;
+        if (std::string e = buildSpec(t.dcLists[k], t.dc[k]); !e.empty()) return e;
+        if (std::string e = buildSpec(t.acLists[k], t.ac[k]); !e.empty()) return e;
+    }
+    writeDht(w, lists, classes, ids, 2 * nt);
+    Scan s;
+    for (int c = 0; c < static_cast<int>(f.comps.size()); ++c) s.comps.push_back({c, c > 0, c > 0});
+    writeSos(w, f, s);
+
+    VqciEncodeHuffmanState state;
+    vqciEncodeHuffmanStateInit_JPEG_8u(&state);
+    auto flush = [&]() -> std::string {
+        w.reserve(kBlockRoom);
+        const VqcStatus r = vqciEncodeHuffman8x8_JPEG_16s1u_C1(nullptr, w.data(), w.length(), w.position(), nullptr, nullptr, nullptr, &state, 1);
+        return r < 0 ? status("entropy coder flush", r) : std::string{};
+    };
+    std::string e = walkMcus(
+        f, front, opt.restart,
+        [&](int, int, const Vqc16s* blk) -> std::string {
+            w.reserve(nb * kBlockRoom);
+            uint8_t* d = w.data();
+            const int32_t n = w.length();
+            for (int b = 0; b < nb; ++b) {
+                const int c = comp[b], k = c > 0;
+                const VqcStatus r = vqciEncodeHuffman8x8_JPEG_16s1u_C1(blk + 64 * b, d, n, w.position(), &pred[c], &t.dc[k], &t.ac[k], &state, 0);
+                if (r < 0) return status("entropy coder", r);
+            }
+            return {};
+        },
+        [&](int rst) -> std::string {
+            if (std::string fe = flush(); !fe.empty()) return fe;
+            w.marker(0xD0 + rst);
+            return restartPred(rst);
+        });
+    if (!e.empty()) return e;
+    return flush();
+}
 
 std::string encodeDct(const Image& img, const EncodeOptions& opt, std::vector<uint8_t>& out) {
     Frame f;
@@ -313,88 +471,20 @@ std::string encodeDct(const Image& img, const EncodeOptions& opt, std::vector<ui
         if (st < 0) return status("quantisation table", st);
     }
 
-    std::vector<std::vector<uint8_t>> planes;
-    int step = 0;
-    if (std::string e = makePlanes(img, f, planes, step); !e.empty()) return e;
-    for (size_t c = 0; c < f.comps.size(); ++c) {
-        Component& comp = f.comps[c];
-        comp.coef.resize(size_t(comp.paddedW) * comp.paddedH * 64);
-        for (int by = 0; by < comp.paddedH; ++by)
-            for (int bx = 0; bx < comp.paddedW; ++bx) {
-                const VqcStatus st = vqciDCTQuantFwd8x8LS_JPEG_8u16s_C1R(
-                    &planes[c][size_t(by) * 8 * step + size_t(bx) * 8], step,
-                    &comp.coef[(size_t(by) * comp.paddedW + bx) * 64], fwd[comp.tq]);
-                if (st < 0) return status("forward DCT", st);
-            }
-    }
-
-    Writer w(out);
+    // The output is sized from a generous guess of the coded size of a
+    // photograph at this quality, so that it seldom has to grow.
+    size_t samples = 0;
+    for (const Component& c : f.comps) samples += size_t(c.paddedW) * c.paddedH * 64;
+    Writer w(out, samples / (opt.quality >= 95 ? 2 : opt.quality >= 85 ? 4 : 8) + 4096);
     writeHeader(w, f, raw, grey ? 1 : 2, true);
     if (opt.restart > 0) {
         w.marker(0xDD);
         w.word(4);
         w.word(opt.restart);
     }
-    std::vector<Scan> script;
-    if (opt.progressive) {
-        script = progression(static_cast<int>(f.comps.size()));
-    } else {
-        Scan s;
-        for (size_t c = 0; c < f.comps.size(); ++c) s.comps.push_back({static_cast<int>(c), 0, 0});
-        script.push_back(s);
-    }
-    for (Scan& s : script)
-        for (ScanComponent& sc : s.comps) sc.td = sc.ta = sc.index > 0 ? 1 : 0;
-
-    Tables t;
-    const int nt = grey ? 1 : 2;
-    // Progressive scans need EOB runs, which the example tables lack: their
-    // tables are always made to measure, scan by scan.
-    const bool perScan = opt.progressive;
-    if (!perScan) {
-        for (int k = 0; k < nt; ++k) t.dcLists[k] = stdHuffman(false, k), t.acLists[k] = stdHuffman(true, k);
-        if (opt.optimize) {
-            int32_t dcHist[2][257] = {}, acHist[2][257] = {};
-            ScanCoder sc{f, script[0], opt.restart, w};
-            if (std::string e = sc.gather(dcHist, acHist); !e.empty()) return e;
-            for (int k = 0; k < nt; ++k) {
-                if (std::string e = optimal(dcHist[k], t.dcLists[k]); !e.empty()) return e;
-                if (std::string e = optimal(acHist[k], t.acLists[k]); !e.empty()) return e;
-            }
-        }
-        const HuffLists* lists[4];
-        int classes[4], ids[4];
-        for (int k = 0; k < nt; ++k) {
-            lists[2 * k] = &t.dcLists[k], classes[2 * k] = 0, ids[2 * k] = k;
-            lists[2 * k + 1] = &t.acLists[k], classes[2 * k + 1] = 1, ids[2 * k + 1] = k;
-            if (std::string e = buildSpec(t.dcLists[k], t.dc[k]); !e.empty()) return e;
-            if (std::string e = buildSpec(t.acLists[k], t.ac[k]); !e.empty()) return e;
-        }
-        writeDht(w, lists, classes, ids, 2 * nt);
-    }
-    for (const Scan& s : script) {
-        ScanCoder sc{f, s, opt.restart, w};
-        if (perScan && !(s.ss == 0 && s.ah)) {
-            int32_t dcHist[2][257] = {}, acHist[2][257] = {};
-            if (std::string e = sc.gather(dcHist, acHist); !e.empty()) return e;
-            const HuffLists* lists[4];
-            int classes[4], ids[4], n = 0;
-            for (const ScanComponent& c : s.comps) {
-                const bool dc = s.ss == 0;
-                const int id = dc ? c.td : c.ta;
-                bool seen = false;
-                for (int i = 0; i < n; ++i) seen |= ids[i] == id;
-                if (seen) continue;
-                HuffLists& l = dc ? t.dcLists[id] : t.acLists[id];
-                if (std::string e = optimal(dc ? dcHist[id] : acHist[id], l); !e.empty()) return e;
-                if (std::string e = buildSpec(l, dc ? t.dc[id] : t.ac[id]); !e.empty()) return e;
-                lists[n] = &l, classes[n] = dc ? 0 : 1, ids[n] = id, ++n;
-            }
-            writeDht(w, lists, classes, ids, n);
-        }
-        writeSos(w, f, s);
-        if (std::string e = sc.encode(t); !e.empty()) return e;
-    }
+    McuFront front(img, f, fwd);
+    std::string e = opt.progressive ? encodeProgressive(f, front, opt.restart, w) : encodeSequential(f, front, opt, w);
+    if (!e.empty()) return e;
     w.marker(0xD9);
     w.finish();
     return {};
@@ -442,7 +532,7 @@ std::string encodeLossless(const Image& img, const EncodeOptions& opt, std::vect
         if (std::string e = optimal(hist, lists[c]); !e.empty()) return e;
         if (std::string e = buildSpec(lists[c], specs[c]); !e.empty()) return e;
     }
-    Writer wr(out);
+    Writer wr(out, 0);
     writeHeader(wr, f, nullptr, 0, false);
     const HuffLists* lp[3] = {&lists[0], &lists[1], &lists[2]};
     const int classes[3] = {0, 0, 0}, ids[3] = {0, 1, 2};
