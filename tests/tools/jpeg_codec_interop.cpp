@@ -62,6 +62,15 @@ PeerOptions peerOf(const vqcjpeg::EncodeOptions& o) {
     return p;
 }
 
+// What a decoded file is measured against: the source, or for grey files
+// from colour its luma.
+std::vector<uint8_t> reference(const Image& img, bool gray) {
+    if (!gray || img.channels == 1) return img.pixels;
+    std::vector<uint8_t> y(size_t(img.width) * img.height);
+    vqciRGBToY_JPEG_8u_C3C1R(img.pixels.data(), img.width * 3, y.data(), img.width, {img.width, img.height});
+    return y;
+}
+
 TEST(JpegCodec, OurFilesAgainstThePeersOwn) {
     ASSERT_FALSE(photos().empty());
     const Mode modes[] = {
@@ -83,12 +92,7 @@ TEST(JpegCodec, OurFilesAgainstThePeersOwn) {
             const auto a = vqcjtest::peerDecode(ours), b = vqcjtest::peerDecode(theirs);
             ASSERT_TRUE(a.ok && b.ok);
             EXPECT_EQ(a.warnings, 0);
-            // Against the source; grey modes against its luma.
-            std::vector<uint8_t> ref = img.pixels;
-            if (m.ours.gray) {
-                ref.resize(size_t(img.width) * img.height);
-                vqciRGBToY_JPEG_8u_C3C1R(img.pixels.data(), img.width * 3, ref.data(), img.width, {img.width, img.height});
-            }
+            const std::vector<uint8_t> ref = reference(img, m.ours.gray);
             const double pa = vqcjtest::psnr(ref, a.pixels), pb = vqcjtest::psnr(ref, b.pixels);
             EXPECT_NEAR(pa, pb, 0.3);
             EXPECT_NEAR(double(ours.size()) / theirs.size(), 1.0, 0.03) << ours.size() << " against " << theirs.size();
@@ -124,11 +128,7 @@ TEST(JpegCodec, EdgeMcusAtEverySize) {
                 ASSERT_TRUE(a.ok && b.ok);
                 ASSERT_EQ(a.warnings, 0);
                 ASSERT_EQ(a.pixels.size(), b.pixels.size());
-                std::vector<uint8_t> ref = img.pixels;
-                if (m.ours.gray) {
-                    ref.resize(size_t(w) * h);
-                    vqciRGBToY_JPEG_8u_C3C1R(img.pixels.data(), w * 3, ref.data(), w, {w, h});
-                }
+                const std::vector<uint8_t> ref = reference(img, m.ours.gray);
                 const double pa = vqcjtest::psnr(ref, a.pixels), pb = vqcjtest::psnr(ref, b.pixels);
                 // Near-lossless tiny pictures differ in dB by noise alone: compare errors.
                 auto mse = [](double p) { return 65025.0 / std::pow(10.0, p / 10); };

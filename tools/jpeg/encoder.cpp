@@ -193,8 +193,8 @@ private:
     uint8_t pix_[16 * 16 * 3];
 };
 
-// Visits the MCUs of the frame in stream order: mcu(mx, my, blocks) for each, with
-// restart(unit) before every restart interval after the first.
+// Visits the MCUs of the frame in stream order: mcu(mx, my, blocks) for
+// each, and restart(unit) before every restart interval after the first.
 template <class Mcu, class Restart>
 std::string walkMcus(const Frame& f, McuFront& front, int restart, Mcu&& mcu, Restart&& onRestart) {
     alignas(64) Vqc16s blk[6 * 64];
