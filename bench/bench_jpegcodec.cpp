@@ -67,34 +67,44 @@ void Encode_TurboJPEG(benchmark::State& state) {
     tjDestroy(h);
 }
 
-void Decode_vqcj(benchmark::State& state) {
-    Data& d = data();
+// Our file for both decoders, so that both read the same stream.
+const std::vector<uint8_t>& ourFile(Data& d, const benchmark::State& state) {
     vqcjpeg::EncodeOptions opt;
     opt.quality = static_cast<int>(state.range(0));
     opt.sampling = static_cast<int>(state.range(1));
     vqcjpeg::encode(d.img, opt, d.ours);
+    return d.ours;
+}
+
+void decodeOurs(benchmark::State& state, bool fast) {
+    Data& d = data();
+    const std::vector<uint8_t>& file = ourFile(d, state);
+    vqcjpeg::DecodeOptions opt;
+    opt.fastUpsample = fast;
     vqcjpeg::Image out;
     for (auto _ : state)
-        if (!vqcjpeg::decode(d.ours.data(), d.ours.size(), out).empty()) state.SkipWithError("decode failed");
+        if (!vqcjpeg::decode(file.data(), file.size(), out, opt).empty()) state.SkipWithError("decode failed");
     state.counters["MP/s"] = benchmark::Counter(d.img.width * double(d.img.height) / 1e6, benchmark::Counter::kIsIterationInvariantRate);
 }
 
-void Decode_TurboJPEG(benchmark::State& state) {
+void decodeTheirs(benchmark::State& state, int flags) {
     Data& d = data();
-    // The peer decodes our file, so both sides read the same stream.
-    vqcjpeg::EncodeOptions opt;
-    opt.quality = static_cast<int>(state.range(0));
-    opt.sampling = static_cast<int>(state.range(1));
-    vqcjpeg::encode(d.img, opt, d.ours);
+    const std::vector<uint8_t>& file = ourFile(d, state);
     tjhandle h = tjInitDecompress();
     std::vector<uint8_t> out(d.img.pixels.size());
     for (auto _ : state)
-        if (tjDecompress2(h, d.ours.data(), d.ours.size(), out.data(), d.img.width, 0, d.img.height, TJPF_RGB,
-                          TJFLAG_ACCURATEDCT) != 0)
+        if (tjDecompress2(h, file.data(), file.size(), out.data(), d.img.width, 0, d.img.height, TJPF_RGB,
+                          TJFLAG_ACCURATEDCT | flags) != 0)
             state.SkipWithError("tjDecompress2 failed");
     state.counters["MP/s"] = benchmark::Counter(d.img.width * double(d.img.height) / 1e6, benchmark::Counter::kIsIterationInvariantRate);
     tjDestroy(h);
 }
+
+void Decode_vqcj(benchmark::State& state) { decodeOurs(state, false); }
+void Decode_TurboJPEG(benchmark::State& state) { decodeTheirs(state, 0); }
+// Chroma replicated rather than interpolated on both sides.
+void DecodeFastUpsample_vqcj(benchmark::State& state) { decodeOurs(state, true); }
+void DecodeFastUpsample_TurboJPEG(benchmark::State& state) { decodeTheirs(state, TJFLAG_FASTUPSAMPLE); }
 
 void Args(benchmark::internal::Benchmark* b) {
     b->Args({90, 420})->Args({75, 444})->Unit(benchmark::kMillisecond)->UseRealTime();
@@ -104,6 +114,8 @@ BENCHMARK(Encode_vqcj)->Apply(Args);
 BENCHMARK(Encode_TurboJPEG)->Apply(Args);
 BENCHMARK(Decode_vqcj)->Apply(Args);
 BENCHMARK(Decode_TurboJPEG)->Apply(Args);
+BENCHMARK(DecodeFastUpsample_vqcj)->Apply(Args);
+BENCHMARK(DecodeFastUpsample_TurboJPEG)->Apply(Args);
 
 }  // namespace
 #endif

@@ -15,7 +15,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     long samples = 0;
     for (const vqcjpeg::Component& c : p.frame.comps) samples += long(c.paddedW) * c.paddedH * 64;
     if (samples > (1L << 21)) return 0;
+    // The file's length picks the decoder's path: default, fast
+    // up-sampling, or a scaled output.
+    vqcjpeg::DecodeOptions opt;
+    opt.fastUpsample = size % 4 == 1;
+    opt.scaleDenom = size % 4 == 2 ? 2 : size % 4 == 3 ? 8 : 1;
     vqcjpeg::Image img;
-    (void)vqcjpeg::decode(data, size, img);
+    (void)vqcjpeg::decode(data, size, img, opt);
     return 0;
 }

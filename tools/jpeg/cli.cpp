@@ -37,7 +37,7 @@ bool number(const char* s, int lo, int hi, int& out) {
 constexpr const char* kUsage =
     "usage: vqcj jpeg encode IN OUT.jpg [--quality 1..100] [--sampling 444|422|420] [--gray]\n"
     "                        [--progressive] [--optimize] [--restart N] [--lossless PREDICTOR]\n"
-    "       vqcj jpeg decode IN.jpg OUT.png|OUT.ppm|OUT.pgm\n"
+    "       vqcj jpeg decode IN.jpg OUT.png|OUT.ppm|OUT.pgm [--scale 1/2|1/4|1/8] [--fast-upsample]\n"
     "       vqcj jpeg info IN.jpg\n";
 
 }  // namespace
@@ -69,18 +69,24 @@ int jpegMain(int argc, char** argv) {
         return 0;
     }
     if (cmd == "decode" && argc >= 3) {
-        int scale = 1;
-        if (argc == 5 && std::strcmp(argv[3], "--scale") == 0) {
-            const char* s = argv[4];
-            scale = !std::strcmp(s, "1/2") ? 2 : !std::strcmp(s, "1/4") ? 4 : !std::strcmp(s, "1/8") ? 8 : 0;
-            if (!scale) return fail("--scale takes 1/2, 1/4 or 1/8");
-        } else if (argc != 3) {
-            return fail("bad arguments");
+        DecodeOptions opt;
+        for (int i = 3; i < argc; ++i) {
+            const std::string a = argv[i];
+            const char* v = i + 1 < argc ? argv[i + 1] : "";
+            if (a == "--scale") {
+                opt.scaleDenom = !std::strcmp(v, "1/2") ? 2 : !std::strcmp(v, "1/4") ? 4 : !std::strcmp(v, "1/8") ? 8 : 0;
+                if (!opt.scaleDenom) return fail("--scale takes 1/2, 1/4 or 1/8");
+                ++i;
+            } else if (a == "--fast-upsample") {
+                opt.fastUpsample = true;
+            } else {
+                return fail("bad option " + a);
+            }
         }
         std::vector<uint8_t> data;
         if (std::string e = readFile(argv[1], data); !e.empty()) return fail(e);
         Image img;
-        if (std::string e = decode(data.data(), data.size(), img, scale); !e.empty()) return fail(e);
+        if (std::string e = decode(data.data(), data.size(), img, opt); !e.empty()) return fail(e);
         if (std::string e = writeImage(argv[2], img); !e.empty()) return fail(e);
         return 0;
     }

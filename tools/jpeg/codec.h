@@ -28,10 +28,16 @@ struct EncodeOptions {
     int lossless = 0;  // predictor 1..7, 0 for DCT coding
 };
 
+struct DecodeOptions {
+    int scaleDenom = 1;         // 1, 2, 4 or 8: decode at that fraction of the size
+    bool fastUpsample = false;  // chroma replicated over its pixels, not interpolated
+};
+
 // Both return an empty string on success, else a one-line reason.
 std::string encode(const Image& img, const EncodeOptions& opt, std::vector<uint8_t>& out);
 // scaleDenom 1, 2, 4 or 8 decodes at that fraction of the size.
 std::string decode(const uint8_t* data, size_t size, Image& out, int scaleDenom = 1);
+std::string decode(const uint8_t* data, size_t size, Image& out, const DecodeOptions& opt);
 // The frame, components, tables and scans, one line each.
 std::string describe(const uint8_t* data, size_t size, std::string& text);
 

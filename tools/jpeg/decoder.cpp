@@ -1,12 +1,14 @@
 // The decoder: sequential and progressive Huffman files with 8-bit samples,
 // and lossless files, through the library's entropy, transform, sampling and
-// colour primitives.
+// colour primitives. This file drives the scans; decrows.cpp turns
+// coefficients into rows.
 #include <vqcj.h>
 
 #include <algorithm>
 #include <cstring>
 
 #include "codec.h"
+#include "decrows.h"
 #include "jpegint.h"
 
 namespace vqcjpeg {
@@ -85,97 +87,80 @@ std::string decodeScan(const uint8_t* data, size_t size, Frame& f, const ParsedS
     });
 }
 
-// A plane with a border of one repeated sample on every side, as the
-// up-samplers read one beyond each edge.
-std::vector<uint8_t> bordered(const uint8_t* src, int step, int w, int h, int& bstep) {
-    bstep = w + 2;
-    std::vector<uint8_t> b(size_t(bstep) * (h + 2));
-    for (int y = -1; y <= h; ++y) {
-        const uint8_t* s = src + size_t(std::clamp(y, 0, h - 1)) * step;
-        uint8_t* d = &b[size_t(y + 1) * bstep];
-        std::memcpy(d + 1, s, w);
-        d[0] = s[0];
-        d[w + 1] = s[w - 1];
+// A sequential file whose one scan holds every component: each MCU is
+// decoded into one reused buffer and handed to the back end at once, with
+// how far each block's coefficients reach.
+std::string decodeOnePass(const uint8_t* data, size_t size, const Frame& f, const ParsedScan& ps, RowWriter& w) {
+    const Scan& s = ps.scan;
+    DecodeTables t;
+    if (std::string e = buildTables(ps, t, true, true); !e.empty()) return e;
+    // An MCU's blocks by component in frame order, each in raster order.
+    int first[3] = {}, total = 0;
+    for (size_t c = 0; c < f.comps.size(); ++c) first[c] = total, total += f.comps[c].h * f.comps[c].v;
+    alignas(64) int16_t blocks[12][64];
+    int32_t used[12];
+    McuBlocks mcu;
+    for (size_t c = 0; c < f.comps.size(); ++c) mcu.blocks[c] = blocks[first[c]], mcu.stride[c] = f.comps[c].h;
+    mcu.counts = used;
+    VqciDecodeHuffmanState state;
+    vqciDecodeHuffmanStateInit_JPEG_8u(&state);
+    int32_t pos = static_cast<int32_t>(ps.dataBegin), marker = 0;
+    const int32_t len = static_cast<int32_t>(size);
+    int16_t pred[4] = {};
+    long unit = 0;
+    for (int my = 0; my < f.mcusY; ++my) {
+        for (int mx = 0; mx < f.mcusX; ++mx, ++unit) {
+            if (ps.restart > 0 && unit > 0 && unit % ps.restart == 0) {
+                if (std::string e = takeRestart(data, size, pos, marker); !e.empty()) return e;
+                vqciDecodeHuffmanStateInit_JPEG_8u(&state);
+                std::memset(pred, 0, sizeof pred);
+            }
+            for (size_t k = 0; k < s.comps.size(); ++k) {
+                const ScanComponent& sc = s.comps[k];
+                const Component& c = f.comps[sc.index];
+                for (int b = first[sc.index]; b < first[sc.index] + c.h * c.v; ++b) {
+                    const VqcStatus st = vqciDecodeHuffman8x8_JPEG_1u16s_C1(data, len, &pos, blocks[b], &pred[k], &marker,
+                                                                           &t.dc[sc.td], &t.ac[sc.ta], &state);
+                    if (st < 0) return status("entropy decoder", st);
+                    used[b] = state.coefCount;
+                }
+            }
+            w.mcu(my, mx, mcu);
+        }
+        if (std::string e = w.endRow(my); !e.empty()) return e;
     }
-    return b;
+    return w.finish();
 }
 
-// One block to n x n samples: the full inverse for 8, the scaled ones below;
-// 1 keeps the DC alone, rounded as libjpeg's 1x1 transform does.
-void inverseBlock(const int16_t* coef, uint8_t* dst, int step, const Vqc16u* inv, int n) {
-    switch (n) {
-        case 8: vqciDCTQuantInv8x8LS_JPEG_16s8u_C1R(coef, dst, step, inv); break;
-        case 4: vqciDCTQuantInv8x8To4x4LS_JPEG_16s8u_C1R(coef, dst, step, inv); break;
-        case 2: vqciDCTQuantInv8x8To2x2LS_JPEG_16s8u_C1R(coef, dst, step, inv); break;
-        default: *dst = static_cast<uint8_t>(std::clamp(((coef[0] * static_cast<int16_t>(inv[0]) + 4) >> 3) + 128, 0, 255));
+// Any other file: the coefficients of the whole picture, then the same back
+// end row by row.
+std::string decodeWhole(const uint8_t* data, size_t size, Parsed& p, RowWriter& w) {
+    if (std::string e = decodeScans(data, size, p); !e.empty()) return e;
+    const Frame& f = p.frame;
+    McuBlocks mcu;
+    for (int my = 0; my < f.mcusY; ++my) {
+        for (int mx = 0; mx < f.mcusX; ++mx) {
+            for (size_t c = 0; c < f.comps.size(); ++c) {
+                const Component& comp = f.comps[c];
+                mcu.blocks[c] = &comp.coef[(size_t(my) * comp.v * comp.paddedW + size_t(mx) * comp.h) * 64];
+                mcu.stride[c] = comp.paddedW;
+            }
+            w.mcu(my, mx, mcu);
+        }
+        if (std::string e = w.endRow(my); !e.empty()) return e;
     }
+    return w.finish();
 }
 
-std::string finishDct(Frame& f, const ParsedScan& last, Image& out, int scale) {
-    const int bs = 8 / scale;  // samples per block side
-    const int padW = f.mcusX * f.hmax * bs, padH = f.mcusY * f.vmax * bs;
-    const int outW = (f.width * bs + 7) / 8, outH = (f.height * bs + 7) / 8;
-    const int n = static_cast<int>(f.comps.size());
-    std::vector<std::vector<uint8_t>> planes(n);
-    for (int c = 0; c < n; ++c) {
-        Component& comp = f.comps[c];
-        if (!last.haveQuant[comp.tq]) return "missing quantisation table " + std::to_string(comp.tq);
-        uint8_t raw[64];
-        for (int i = 0; i < 64; ++i) {
-            if (last.quant[comp.tq][i] > 255) return "16-bit quantisation tables are not supported";
-            raw[i] = static_cast<uint8_t>(last.quant[comp.tq][i]);
-        }
-        Vqc16u inv[64];
-        vqciQuantInvTableInit_JPEG_8u16u(raw, inv);
-        const int step = comp.paddedW * bs;
-        planes[c].resize(size_t(step) * comp.paddedH * bs);
-        for (int by = 0; by < comp.paddedH; ++by)
-            for (int bx = 0; bx < comp.paddedW; ++bx)
-                inverseBlock(&comp.coef[(size_t(by) * comp.paddedW + bx) * 64],
-                             &planes[c][size_t(by) * bs * step + size_t(bx) * bs], step, inv, bs);
-    }
-    out.width = outW;
-    out.height = outH;
-    out.precision = 8;
-    out.channels = n == 1 ? 1 : 3;
-    out.pixels.resize(size_t(outW) * outH * out.channels);
-    if (n == 1) {
-        const int step = f.comps[0].paddedW * bs;
-        for (int y = 0; y < outH; ++y) std::memcpy(&out.pixels[size_t(y) * outW], &planes[0][size_t(y) * step], outW);
-        return {};
-    }
-    // Every plane at full rate with one common step, then one conversion.
-    std::vector<uint8_t> full[3];
-    for (int c = 0; c < 3; ++c) {
-        const Component& comp = f.comps[c];
-        const int fx = f.hmax / comp.h, fy = f.vmax / comp.v;
-        const int w = comp.paddedW * bs, h = comp.paddedH * bs;
-        if (fx == 1 && fy == 1) {
-            full[c] = std::move(planes[c]);
-            continue;
-        }
-        full[c].resize(size_t(padW) * padH);
-        if (fx == 2) {
-            int bstep;
-            const std::vector<uint8_t> b = bordered(planes[c].data(), w, w, h, bstep);
-            const VqciSize src{w, h}, dst{padW, padH};
-            const VqcStatus st = fy == 2 ? vqciSampleUpH2V2_JPEG_8u_C1R(&b[bstep + 1], bstep, src, full[c].data(), padW, dst)
-                                         : vqciSampleUpH2V1_JPEG_8u_C1R(&b[bstep + 1], bstep, src, full[c].data(), padW, dst);
-            if (st < 0) return status("up-sampling", st);
-        } else {  // 1x2: rows repeated
-            for (int y = 0; y < padH; ++y) std::memcpy(&full[c][size_t(y) * padW], &planes[c][size_t(y / 2) * w], padW);
-        }
-    }
-    const Vqc8u* src[3] = {full[0].data(), full[1].data(), full[2].data()};
-    const bool rgb = f.comps[0].id == 'R' && f.comps[1].id == 'G' && f.comps[2].id == 'B';
-    if (rgb) {
-        for (int y = 0; y < outH; ++y)
-            for (int x = 0; x < outW; ++x)
-                for (int c = 0; c < 3; ++c) out.pixels[(size_t(y) * outW + x) * 3 + c] = src[c][size_t(y) * padW + x];
-        return {};
-    }
-    const VqcStatus st = vqciYCbCrToRGB_JPEG_8u_P3C3R(src, padW, out.pixels.data(), outW * 3, VqciSize{outW, outH});
-    return st < 0 ? status("colour conversion", st) : std::string{};
+// One scan with each component once.
+bool onePass(const Parsed& p) {
+    if (p.frame.progressive() || p.scans.size() != 1) return false;
+    const Scan& s = p.scans[0].scan;
+    if (s.comps.size() != p.frame.comps.size()) return false;
+    for (size_t k = 0; k < s.comps.size(); ++k)
+        for (size_t j = 0; j < k; ++j)
+            if (s.comps[j].index == s.comps[k].index) return false;
+    return true;
 }
 
 std::string decodeLossless(const uint8_t* data, size_t size, Parsed& p, Image& out) {
@@ -247,13 +232,26 @@ std::string decodeLossless(const uint8_t* data, size_t size, Parsed& p, Image& o
 }  // namespace
 
 std::string decode(const uint8_t* data, size_t size, Image& out, int scaleDenom) {
+    DecodeOptions opt;
+    opt.scaleDenom = scaleDenom;
+    return decode(data, size, out, opt);
+}
+
+std::string decode(const uint8_t* data, size_t size, Image& out, const DecodeOptions& opt) {
     if (size > 0x7FFFFFFF) return "file too large";
     Parsed p;
     if (std::string e = parse(data, size, p); !e.empty()) return e;
-    if (p.frame.lossless()) return scaleDenom == 1 ? decodeLossless(data, size, p, out) : "lossless files decode at full size only";
-    if (scaleDenom != 1 && scaleDenom != 2 && scaleDenom != 4 && scaleDenom != 8) return "scale must be 1/1, 1/2, 1/4 or 1/8";
-    if (std::string e = decodeScans(data, size, p); !e.empty()) return e;
-    return finishDct(p.frame, p.scans.back(), out, scaleDenom);
+    const int scale = opt.scaleDenom;
+    if (p.frame.lossless()) return scale == 1 ? decodeLossless(data, size, p, out) : "lossless files decode at full size only";
+    if (scale != 1 && scale != 2 && scale != 4 && scale != 8) return "scale must be 1/1, 1/2, 1/4 or 1/8";
+    // A lone component is coded block by block whatever its sampling factors.
+    if (p.frame.comps.size() == 1) {
+        p.frame.comps[0].h = p.frame.comps[0].v = 1;
+        p.frame.layout();
+    }
+    RowWriter w;
+    if (std::string e = w.init(p.frame, p.scans.back(), opt, out); !e.empty()) return e;
+    return onePass(p) ? decodeOnePass(data, size, p.frame, p.scans[0], w) : decodeWhole(data, size, p, w);
 }
 
 std::string decodeScans(const uint8_t* data, size_t size, Parsed& p) {
