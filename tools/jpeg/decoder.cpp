@@ -94,7 +94,8 @@ std::string decodeOnePass(const uint8_t* data, size_t size, const Frame& f, cons
     const Scan& s = ps.scan;
     DecodeTables t;
     if (std::string e = buildTables(ps, t, true, true); !e.empty()) return e;
-    // An MCU's blocks by component in frame order, each in raster order.
+    // An MCU's blocks by component in frame order, each in raster order;
+    // the stream gives them in scan order.
     int first[3] = {}, total = 0;
     for (size_t c = 0; c < f.comps.size(); ++c) first[c] = total, total += f.comps[c].h * f.comps[c].v;
     alignas(64) int16_t blocks[12][64];
@@ -102,11 +103,21 @@ std::string decodeOnePass(const uint8_t* data, size_t size, const Frame& f, cons
     McuBlocks mcu;
     for (size_t c = 0; c < f.comps.size(); ++c) mcu.blocks[c] = blocks[first[c]], mcu.stride[c] = f.comps[c].h;
     mcu.counts = used;
+    int16_t pred[4] = {};
+    struct Job {
+        int block, k;
+        const VqciDecodeHuffmanSpec *dc, *ac;
+    } jobs[12];
+    int n = 0;
+    for (size_t k = 0; k < s.comps.size(); ++k) {
+        const ScanComponent& sc = s.comps[k];
+        const Component& c = f.comps[sc.index];
+        for (int b = first[sc.index]; b < first[sc.index] + c.h * c.v; ++b) jobs[n++] = {b, int(k), &t.dc[sc.td], &t.ac[sc.ta]};
+    }
     VqciDecodeHuffmanState state;
     vqciDecodeHuffmanStateInit_JPEG_8u(&state);
     int32_t pos = static_cast<int32_t>(ps.dataBegin), marker = 0;
     const int32_t len = static_cast<int32_t>(size);
-    int16_t pred[4] = {};
     long unit = 0;
     for (int my = 0; my < f.mcusY; ++my) {
         for (int mx = 0; mx < f.mcusX; ++mx, ++unit) {
@@ -115,15 +126,11 @@ std::string decodeOnePass(const uint8_t* data, size_t size, const Frame& f, cons
                 vqciDecodeHuffmanStateInit_JPEG_8u(&state);
                 std::memset(pred, 0, sizeof pred);
             }
-            for (size_t k = 0; k < s.comps.size(); ++k) {
-                const ScanComponent& sc = s.comps[k];
-                const Component& c = f.comps[sc.index];
-                for (int b = first[sc.index]; b < first[sc.index] + c.h * c.v; ++b) {
-                    const VqcStatus st = vqciDecodeHuffman8x8_JPEG_1u16s_C1(data, len, &pos, blocks[b], &pred[k], &marker,
-                                                                           &t.dc[sc.td], &t.ac[sc.ta], &state);
-                    if (st < 0) return status("entropy decoder", st);
-                    used[b] = state.coefCount;
-                }
+            for (const Job* j = jobs; j < jobs + n; ++j) {
+                const VqcStatus st = vqciDecodeHuffman8x8_JPEG_1u16s_C1(data, len, &pos, blocks[j->block], &pred[j->k], &marker,
+                                                                       j->dc, j->ac, &state);
+                if (st < 0) return status("entropy decoder", st);
+                used[j->block] = state.coefCount;
             }
             w.mcu(my, mx, mcu);
         }
