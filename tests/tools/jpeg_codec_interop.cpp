@@ -376,6 +376,16 @@ TEST(JpegCodec, BrokenFiles) {
             std::vector<uint8_t> part(file.begin(), file.begin() + cut);
             EXPECT_NE(vqcjpeg::decode(part.data(), part.size(), out), "") << "cut at " << cut;
         }
+        // A frame header that promises 65535 x 65535: refused before any
+        // picture-sized buffer is made.
+        std::vector<uint8_t> huge = file;
+        for (size_t i = 0; i + 9 < huge.size(); ++i)
+            if (huge[i] == 0xFF && (huge[i + 1] == 0xC0 || huge[i + 1] == 0xC2)) {
+                std::fill(&huge[i + 5], &huge[i + 9], 0xFF);
+                break;
+            }
+        Image none;
+        EXPECT_NE(vqcjpeg::decode(huge.data(), huge.size(), none).find("too short"), std::string::npos);
         const auto noise = vqcjtest::randomBytes(4096, progressive);
         for (int trial = 0; trial < 300; ++trial) {
             std::vector<uint8_t> bad = file;

@@ -248,6 +248,13 @@ std::string decode(const uint8_t* data, size_t size, Image& out, const DecodeOpt
     if (size > 0x7FFFFFFF) return "file too large";
     Parsed p;
     if (std::string e = parse(data, size, p); !e.empty()) return e;
+    // Every block, or every sample of a lossless file, takes at least one bit
+    // of coded data: a header that promises more than the file can hold is
+    // refused before any picture-sized buffer is made.
+    long long units = 0;
+    for (const Component& c : p.frame.comps) units += static_cast<long long>(c.blocksW) * c.blocksH;
+    if (units > 8 * static_cast<long long>(size))
+        return "corrupt data: too short for a " + std::to_string(p.frame.width) + "x" + std::to_string(p.frame.height) + " picture";
     const int scale = opt.scaleDenom;
     if (p.frame.lossless()) return scale == 1 ? decodeLossless(data, size, p, out) : "lossless files decode at full size only";
     if (scale != 1 && scale != 2 && scale != 4 && scale != 8) return "scale must be 1/1, 1/2, 1/4 or 1/8";
