@@ -160,6 +160,100 @@ inline VqcStatus ownHuffFlush(Vqc8u* pDst, int32_t dstLenBytes, int32_t* pDstCur
     return st;
 }
 
+// Writer for a destination known to have room for all a call can write.
+// Bits gather in 64 and a full word leaves in one store, byte by byte only
+// when it holds a 0xFF. Only complete bytes are stored, as by the writer
+// above, so the caller converts back to its own format at the end.
+struct HuffFastWriter {
+    Vqc8u* p;      // next byte
+    uint64_t acc;  // the latest 64 bits of the stream, the newest at bit 0
+    uint32_t n;    // how many of them are not stored yet, 0 to 63
+
+    // size from 0 to 32, bits below 2^size.
+    void put(uint64_t bits, uint32_t size) {
+        const uint64_t next = acc << size | bits;
+        n += size;
+        if (n >= 64) {
+            n -= 64;
+            storeWord(acc << (size - n) | bits >> n);
+        }
+        acc = next;
+    }
+    void byte(uint32_t b) {
+        *p++ = static_cast<Vqc8u>(b);
+        if (b == 0xFF) *p++ = 0;
+    }
+    void storeWord(uint64_t w) {
+        const uint64_t x = ~w;
+        if (((x - 0x0101010101010101u) & ~x & 0x8080808080808080u) == 0) {
+            const uint64_t be = __builtin_bswap64(w);
+            std::memcpy(p, &be, 8);
+            p += 8;
+            return;
+        }
+        for (int s = 56; s >= 0; s -= 8) byte(static_cast<uint32_t>(w >> s) & 0xFF);
+    }
+    // Stores the complete bytes; fewer than 8 bits stay. Without a 0xFF
+    // among them, up to seven bytes leave in three stores, each either to
+    // the destination or to a scratch word, which keeps it free of branches.
+    void storeBytes() {
+        const uint32_t nb = n >> 3;
+        const uint64_t w = acc << (63 - n) << 1;
+        const uint64_t x = ~w | ~uint64_t{0} >> (8 * nb);
+        if (((x - 0x0101010101010101u) & ~x & 0x8080808080808080u) != 0) {
+            for (; n >= 8; n -= 8) byte(static_cast<uint32_t>(acc >> (n - 8)) & 0xFF);
+            return;
+        }
+        uint64_t be = __builtin_bswap64(w), scratch;
+        auto* junk = reinterpret_cast<Vqc8u*>(&scratch);
+        const uint32_t n4 = nb & 4, n2 = nb & 2, n1 = nb & 1;
+        std::memcpy(n4 ? p : junk, &be, 4);
+        p += n4;
+        be >>= 8 * n4;
+        std::memcpy(n2 ? p : junk, &be, 2);
+        p += n2;
+        be >>= 8 * n2;
+        *(n1 ? p : junk) = static_cast<Vqc8u>(be);
+        p += n1;
+        n &= 7;
+    }
+};
+
+// Bit of each zig-zag position for the eight flags of one row.
+struct ZigzagRows {
+    uint64_t v[8][256];
+};
+constexpr ZigzagRows makeZigzagRows() {
+    ZigzagRows t{};
+    for (int k = 0; k < 64; ++k)
+        for (int b = 0; b < 256; ++b)
+            if (b >> (ownZigzag[k] & 7) & 1) t.v[ownZigzag[k] >> 3][b] |= uint64_t{1} << k;
+    return t;
+}
+inline constexpr ZigzagRows ownZigzagRows = makeZigzagRows();
+
+// Bit k set for each non-zero coefficient at zig-zag position k, DC
+// included. The compare is written so that compilers do it on vectors; a
+// multiply gathers a row's eight flags (0 or 1 a byte) into eight bits.
+inline uint64_t ownHuffZigzagMask(const Vqc16s* pSrc) {
+    uint8_t nz[64];
+    for (int i = 0; i < 64; ++i) nz[i] = pSrc[i] != 0;
+    uint64_t mask = 0;
+    for (int r = 0; r < 8; ++r) {
+        uint64_t x;
+        std::memcpy(&x, nz + 8 * r, 8);
+        mask |= ownZigzagRows.v[r][(x * 0x0102040810204080u) >> 56];
+    }
+    return mask;
+}
+
+// The block coders one write at a time, which the fast paths must match.
+VqcStatus ownHuffEncodeBlockExact(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstLenBytes, int32_t* pDstCurrPos,
+                                  Vqc16s* lastDC, const VqciEncodeHuffmanSpec* dcTable,
+                                  const VqciEncodeHuffmanSpec* acTable, VqciEncodeHuffmanState* pState);
+void ownHuffEncodeBlockDirectExact(const Vqc16s* pSrc, Vqc8u* pDst, int32_t* pDstBitsLen, Vqc16s* lastDC,
+                                   const VqciEncodeHuffmanSpec* dcTable, const VqciEncodeHuffmanSpec* acTable);
+
 // ---- reader ---------------------------------------------------------------
 
 // The reader's fields held in locals for the length of one call; load from
