@@ -167,17 +167,16 @@ inline VqcStatus ownHuffFlush(Vqc8u* pDst, int32_t dstLenBytes, int32_t* pDstCur
 struct HuffFastWriter {
     Vqc8u* p;      // next byte
     uint64_t acc;  // the latest 64 bits of the stream, the newest at bit 0
-    uint32_t n;    // how many of them are not stored yet, 0 to 63
+    uint64_t n;    // how many of them are not stored yet, 0 to 63
 
     // size from 0 to 32, bits below 2^size.
-    void put(uint64_t bits, uint32_t size) {
-        const uint64_t next = acc << size | bits;
+    void put(uint64_t bits, uint64_t size) {
         n += size;
-        if (n >= 64) {
+        if (n >= 64) [[unlikely]] {
             n -= 64;
             storeWord(acc << (size - n) | bits >> n);
         }
-        acc = next;
+        acc = acc << size | bits;
     }
     void byte(uint32_t b) {
         *p++ = static_cast<Vqc8u>(b);
@@ -197,16 +196,17 @@ struct HuffFastWriter {
     // among them, up to seven bytes leave in three stores, each either to
     // the destination or to a scratch word, which keeps it free of branches.
     void storeBytes() {
-        const uint32_t nb = n >> 3;
+        // Top-aligned, so that the bytes behind the complete ones hold a
+        // zero bit and cannot be taken for 0xFF.
         const uint64_t w = acc << (63 - n) << 1;
-        const uint64_t x = ~w | ~uint64_t{0} >> (8 * nb);
+        const uint64_t x = ~w;
         if (((x - 0x0101010101010101u) & ~x & 0x8080808080808080u) != 0) {
             for (; n >= 8; n -= 8) byte(static_cast<uint32_t>(acc >> (n - 8)) & 0xFF);
             return;
         }
         uint64_t be = __builtin_bswap64(w), scratch;
         auto* junk = reinterpret_cast<Vqc8u*>(&scratch);
-        const uint32_t n4 = nb & 4, n2 = nb & 2, n1 = nb & 1;
+        const uint32_t nb = n >> 3, n4 = nb & 4, n2 = nb & 2, n1 = nb & 1;
         std::memcpy(n4 ? p : junk, &be, 4);
         p += n4;
         be >>= 8 * n4;

@@ -1,7 +1,5 @@
 // Baseline Huffman encoding of 8x8 blocks and single values, the stateless
 // Direct block encoder, and the histograms for optimal tables.
-#include <bit>
-
 #include "frame/check.h"
 #include "frame/memory.h"
 #include "frame/wrap.h"
@@ -15,6 +13,17 @@ namespace {
 // and each of 63 coefficients, four 0xF0 runs and EOB is 2128 bits; doubled
 // for stuffing.
 constexpr int32_t kBlockRoom = 600;
+
+// The low n bits, n from 0 to 32, from a table rather than from two shifts.
+struct LowBits {
+    uint64_t v[33];
+};
+constexpr LowBits makeLowBits() {
+    LowBits t{};
+    for (int n = 0; n <= 32; ++n) t.v[n] = (uint64_t{1} << n) - 1;
+    return t;
+}
+constexpr LowBits kLowBits = makeLowBits();
 
 uint32_t magnitude(int32_t v) { return static_cast<uint32_t>(v < 0 ? -v : v); }
 
@@ -96,41 +105,42 @@ VqcStatus exactBlock(Sink& out, const Vqc16s* pSrc, Vqc16s* lastDC, const VqciEn
 // to len + c bits then keeps the code's own len bits. A symbol without a
 // code stops the stateful coder; Direct writes its value bits alone.
 template <bool kDirect>
-inline bool fastSymbol(HuffFastWriter& w, uint32_t word, int32_t v, int32_t sign, uint32_t c) {
-    uint32_t len = word >> 16;
-    if (len - 1 > 15) {
+inline bool fastSymbol(HuffFastWriter& w, uint32_t word, int64_t v, int64_t sign, uint64_t c) {
+    uint64_t len = word >> 16;
+    if (len - 1 > 15) [[unlikely]] {
         if (!kDirect) return false;
         len = 0;
     }
-    const uint32_t size = len + c;
-    const uint64_t bits = ((static_cast<uint64_t>(word) - static_cast<uint64_t>(static_cast<int64_t>(sign))) << c) +
-                          static_cast<uint64_t>(static_cast<int64_t>(v + sign));
-    w.put(bits & ((uint64_t{1} << size) - 1), size);
+    const uint64_t size = len + c;
+    const uint64_t bits = ((word - static_cast<uint64_t>(sign)) << c) + static_cast<uint64_t>(v + sign);
+    w.put(bits & kLowBits.v[size], size);
     return true;
 }
 
 // The same block as exactBlock, for a destination with room for it.
 template <bool kDirect>
-VqcStatus fastBlock(HuffFastWriter& w, const Vqc16s* pSrc, Vqc16s* lastDC, const VqciEncodeHuffmanSpec* dc,
+inline VqcStatus fastWalk(HuffFastWriter& w, const Vqc16s* pSrc, Vqc16s* lastDC, const VqciEncodeHuffmanSpec* dc,
                     const VqciEncodeHuffmanSpec* ac) {
     const int32_t diff = pSrc[0] - *lastDC;
     *lastDC = pSrc[0];
-    const uint32_t dcCat = static_cast<uint32_t>(std::bit_width(magnitude(diff)));
+    // The category without a branch for a zero difference.
+    const uint32_t dm = magnitude(diff);
+    const uint32_t dcCat = (dm != 0) + (31 ^ static_cast<uint32_t>(__builtin_clz(dm | 1)));
     if (!fastSymbol<kDirect>(w, dc->codeWord[dcCat], diff, diff >> 31, dcCat)) return vqcStatusBadHuffmanTable;
     const uint32_t* words = ac->codeWord;
     uint64_t mask = ownHuffZigzagMask(pSrc) & ~uint64_t{1};
-    uint32_t next = 1;  // the position after the last coefficient coded
+    uint64_t next = 1;  // the position after the last coefficient coded
     while (mask != 0) {
-        const uint32_t k = static_cast<uint32_t>(__builtin_ctzll(mask));
+        const uint64_t k = static_cast<uint64_t>(__builtin_ctzll(mask));
         mask &= mask - 1;
-        uint32_t r = k - next;
+        uint64_t r = k - next;
         next = k + 1;
-        const int32_t v = pSrc[ownZigzag[k]];
-        const int32_t sign = v >> 31;
-        const uint32_t c = (31 ^ static_cast<uint32_t>(__builtin_clz(static_cast<uint32_t>((v ^ sign) - sign)))) + 1;
+        const int64_t v = pSrc[ownZigzag[k]];
+        const int64_t sign = v >> 63;
+        const uint64_t c = (63 ^ static_cast<uint64_t>(__builtin_clzll(static_cast<uint64_t>((v ^ sign) - sign)))) + 1;
         uint32_t word;
         // Runs of 16 and more, and category 16 after 15 zeros, are rare.
-        if (r * 16 + c < 256) {
+        if (r * 16 + c < 256) [[likely]] {
             word = words[r * 16 + c];
         } else {
             for (; r > 15; r -= 16)
@@ -141,6 +151,37 @@ VqcStatus fastBlock(HuffFastWriter& w, const Vqc16s* pSrc, Vqc16s* lastDC, const
     }
     if (next < 64 && !fastSymbol<kDirect>(w, words[0], 0, 0, 0)) return vqcStatusBadHuffmanTable;
     return vqcStatusOk;
+}
+
+// The stateful block through the fast writer, from and back to the state.
+// Out of line with the writer in locals, so that it all stays in registers.
+[[gnu::noinline]] VqcStatus fastBlock(const Vqc16s* pSrc, Vqc8u* pDst, int32_t* pDstCurrPos, Vqc16s* lastDC,
+                                      const VqciEncodeHuffmanSpec* dc, const VqciEncodeHuffmanSpec* ac,
+                                      VqciEncodeHuffmanState* pState) {
+    const uint32_t pending = static_cast<uint32_t>(pState->bitCount);
+    HuffFastWriter w{pDst + *pDstCurrPos, static_cast<uint32_t>(pState->bitBuffer) >> (24 - pending), pending};
+    const VqcStatus st = fastWalk<false>(w, pSrc, lastDC, dc, ac);
+    w.storeBytes();
+    pState->bitBuffer = static_cast<uint32_t>(w.acc << (24 - w.n));
+    pState->bitCount = static_cast<int32_t>(w.n);
+    *pDstCurrPos = static_cast<int32_t>(w.p - pDst);
+    return st;
+}
+
+// Direct: a block that writes no bit touches nothing; any other clears the
+// rest of the byte it ends in.
+[[gnu::noinline]] void fastBlockDirect(const Vqc16s* pSrc, Vqc8u* pDst, int32_t* pDstBitsLen, Vqc16s* lastDC,
+                                       const VqciEncodeHuffmanSpec* dc, const VqciEncodeHuffmanSpec* ac) {
+    const uint32_t pos = static_cast<uint32_t>(*pDstBitsLen);
+    Vqc8u* start = pDst + (pos >> 3);
+    const uint32_t n0 = pos & 7;
+    HuffFastWriter w{start, static_cast<uint64_t>(*start >> (8 - n0)), n0};
+    fastWalk<true>(w, pSrc, lastDC, dc, ac);
+    if (w.p != start || w.n != n0) {
+        w.storeBytes();
+        *w.p = static_cast<Vqc8u>(w.acc << (8 - w.n));
+        *pDstBitsLen = static_cast<int32_t>(static_cast<uint32_t>(w.p - pDst) * 8 + w.n);
+    }
 }
 
 }  // namespace
@@ -204,15 +245,8 @@ VQCJ_API VqcStatus vqciEncodeHuffman8x8_JPEG_16s1u_C1(const Vqc16s* pSrc, Vqc8u*
     // buffer holds the last byte stored in bits 24-31 and the pending bits
     // below it, so that it reads as the stream's latest bits.
     if (pos >= 0 && dstLenBytes - pos >= kBlockRoom && static_cast<uint32_t>(pending) < 8 &&
-        (buf & lowMask(static_cast<uint32_t>(24 - pending))) == 0) {
-        HuffFastWriter w{pDst + pos, buf >> (24 - pending), static_cast<uint32_t>(pending)};
-        const VqcStatus st = fastBlock<false>(w, pSrc, lastDC, dcTable, acTable);
-        w.storeBytes();
-        pState->bitBuffer = static_cast<uint32_t>(w.acc << (24 - w.n));
-        pState->bitCount = static_cast<int32_t>(w.n);
-        *pDstCurrPos = static_cast<int32_t>(w.p - pDst);
-        return st;
-    }
+        (buf & lowMask(static_cast<uint32_t>(24 - pending))) == 0)
+        return fastBlock(pSrc, pDst, pDstCurrPos, lastDC, dcTable, acTable, pState);
     return ownHuffEncodeBlockExact(pSrc, pDst, dstLenBytes, pDstCurrPos, lastDC, dcTable, acTable, pState);
 }
 
@@ -234,21 +268,10 @@ VQCJ_API VqcStatus vqciEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const Vqc16s* pSrc,
                                                               Vqc16s* lastDC, const VqciEncodeHuffmanSpec* dcTable,
                                                               const VqciEncodeHuffmanSpec* acTable) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).ptr(pDstBitsLen).ptr(lastDC).ptr(dcTable).ptr(acTable)) return st;
-    const uint32_t pos = static_cast<uint32_t>(*pDstBitsLen);
     // Far below the end of the position's range, which the exact writer
     // would wrap around.
-    if (pos < 0xFFFF0000u) {
-        Vqc8u* start = pDst + (pos >> 3);
-        const uint32_t n0 = pos & 7;
-        HuffFastWriter w{start, static_cast<uint64_t>(*start >> (8 - n0)), n0};
-        fastBlock<true>(w, pSrc, lastDC, dcTable, acTable);
-        // A block that writes no bit touches nothing; any other clears the
-        // rest of the byte it ends in.
-        if (w.p != start || w.n != n0) {
-            w.storeBytes();
-            *w.p = static_cast<Vqc8u>(w.acc << (8 - w.n));
-            *pDstBitsLen = static_cast<int32_t>(static_cast<uint32_t>(w.p - pDst) * 8 + w.n);
-        }
+    if (static_cast<uint32_t>(*pDstBitsLen) < 0xFFFF0000u) {
+        fastBlockDirect(pSrc, pDst, pDstBitsLen, lastDC, dcTable, acTable);
         return vqcStatusOk;
     }
     ownHuffEncodeBlockDirectExact(pSrc, pDst, pDstBitsLen, lastDC, dcTable, acTable);
