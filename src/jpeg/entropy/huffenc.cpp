@@ -184,6 +184,28 @@ inline VqcStatus fastWalk(HuffFastWriter& w, const Vqc16s* pSrc, Vqc16s* lastDC,
     }
 }
 
+// Room for any block, and a state that the exact writer could have left:
+// its buffer holds the last byte stored in bits 24-31 and the pending bits
+// below it, so that it reads as the stream's latest bits.
+inline bool fastRoom(int32_t dstLenBytes, int32_t pos, const VqciEncodeHuffmanState* pState) {
+    const uint32_t pending = static_cast<uint32_t>(pState->bitCount);
+    return pos >= 0 && dstLenBytes - pos >= kBlockRoom && pending < 8 &&
+           (static_cast<uint32_t>(pState->bitBuffer) & lowMask(24 - pending)) == 0;
+}
+
+// The checks in their order, the flush, and the exact writer.
+[[gnu::noinline]] VqcStatus slowBlock(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstLenBytes, int32_t* pDstCurrPos,
+                                      Vqc16s* lastDC, const VqciEncodeHuffmanSpec* dcTable,
+                                      const VqciEncodeHuffmanSpec* acTable, VqciEncodeHuffmanState* pState,
+                                      int32_t flushState) {
+    if (VqcStatus st = Check().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pState)) return st;
+    if (flushState != 0) return ownHuffFlush(pDst, dstLenBytes, pDstCurrPos, pState);
+    if (VqcStatus st = Check().ptr(pSrc).ptr(lastDC).ptr(dcTable).ptr(acTable)) return st;
+    if (fastRoom(dstLenBytes, *pDstCurrPos, pState))
+        return fastBlock(pSrc, pDst, pDstCurrPos, lastDC, dcTable, acTable, pState);
+    return ownHuffEncodeBlockExact(pSrc, pDst, dstLenBytes, pDstCurrPos, lastDC, dcTable, acTable, pState);
+}
+
 }  // namespace
 
 VqcStatus ownHuffEncodeBlockExact(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstLenBytes, int32_t* pDstCurrPos,
@@ -235,19 +257,11 @@ VQCJ_API VqcStatus vqciEncodeHuffman8x8_JPEG_16s1u_C1(const Vqc16s* pSrc, Vqc8u*
                                                        const VqciEncodeHuffmanSpec* dcTable,
                                                        const VqciEncodeHuffmanSpec* acTable,
                                                        VqciEncodeHuffmanState* pState, int32_t flushState) {
-    if (VqcStatus st = Check().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pState)) return st;
-    if (flushState != 0) return ownHuffFlush(pDst, dstLenBytes, pDstCurrPos, pState);
-    if (VqcStatus st = Check().ptr(pSrc).ptr(lastDC).ptr(dcTable).ptr(acTable)) return st;
-    const int32_t pos = *pDstCurrPos;
-    const int32_t pending = pState->bitCount;
-    const uint32_t buf = static_cast<uint32_t>(pState->bitBuffer);
-    // Only a state that the exact writer could have left is taken over: its
-    // buffer holds the last byte stored in bits 24-31 and the pending bits
-    // below it, so that it reads as the stream's latest bits.
-    if (pos >= 0 && dstLenBytes - pos >= kBlockRoom && static_cast<uint32_t>(pending) < 8 &&
-        (buf & lowMask(static_cast<uint32_t>(24 - pending))) == 0)
+    // Every check passed and room for any block: the fast path.
+    if (pDst && pDstCurrPos && pState && pSrc && lastDC && dcTable && acTable && flushState == 0 &&
+        fastRoom(dstLenBytes, *pDstCurrPos, pState))
         return fastBlock(pSrc, pDst, pDstCurrPos, lastDC, dcTable, acTable, pState);
-    return ownHuffEncodeBlockExact(pSrc, pDst, dstLenBytes, pDstCurrPos, lastDC, dcTable, acTable, pState);
+    return slowBlock(pSrc, pDst, dstLenBytes, pDstCurrPos, lastDC, dcTable, acTable, pState, flushState);
 }
 
 VQCJ_API VqcStatus vqciEncodeHuffmanOne_JPEG_16s1u_C1(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstLenBytes,
