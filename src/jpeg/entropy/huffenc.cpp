@@ -193,7 +193,8 @@ inline bool fastRoom(int32_t dstLenBytes, int32_t pos, const VqciEncodeHuffmanSt
            (static_cast<uint32_t>(pState->bitBuffer) & lowMask(24 - pending)) == 0;
 }
 
-// The checks in their order, the flush, and the exact writer.
+// The checks in their order, the flush, and the exact writer for a
+// destination near its end.
 [[gnu::noinline]] VqcStatus slowBlock(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstLenBytes, int32_t* pDstCurrPos,
                                       Vqc16s* lastDC, const VqciEncodeHuffmanSpec* dcTable,
                                       const VqciEncodeHuffmanSpec* acTable, VqciEncodeHuffmanState* pState,
@@ -201,8 +202,6 @@ inline bool fastRoom(int32_t dstLenBytes, int32_t pos, const VqciEncodeHuffmanSt
     if (VqcStatus st = Check().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pState)) return st;
     if (flushState != 0) return ownHuffFlush(pDst, dstLenBytes, pDstCurrPos, pState);
     if (VqcStatus st = Check().ptr(pSrc).ptr(lastDC).ptr(dcTable).ptr(acTable)) return st;
-    if (fastRoom(dstLenBytes, *pDstCurrPos, pState))
-        return fastBlock(pSrc, pDst, pDstCurrPos, lastDC, dcTable, acTable, pState);
     return ownHuffEncodeBlockExact(pSrc, pDst, dstLenBytes, pDstCurrPos, lastDC, dcTable, acTable, pState);
 }
 
