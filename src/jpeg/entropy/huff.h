@@ -217,6 +217,48 @@ struct HuffFastWriter {
         p += n1;
         n &= 7;
     }
+
+    // Whether a call may go through this writer: room for all it can
+    // write, and a state that ownHuffWriteBits could have left. Such a
+    // state holds the last byte stored in bits 24-31 and the pending bits
+    // below it, so that it reads as the stream's latest bits.
+    static bool fits(int32_t dstLenBytes, int32_t pos, int32_t room, const VqciEncodeHuffmanState* pState) {
+        const uint32_t pending = static_cast<uint32_t>(pState->bitCount);
+        return pos >= 0 && dstLenBytes - pos >= room && pending < 8 &&
+               (static_cast<uint32_t>(pState->bitBuffer) & lowMask(24 - pending)) == 0;
+    }
+    static HuffFastWriter fromState(Vqc8u* pDst, int32_t pos, const VqciEncodeHuffmanState* pState) {
+        const uint32_t pending = static_cast<uint32_t>(pState->bitCount);
+        return {pDst + pos, static_cast<uint32_t>(pState->bitBuffer) >> (24 - pending), pending};
+    }
+    // Back to what ownHuffWriteBits would have left after the same writes.
+    void toState(Vqc8u* pDst, int32_t* pDstCurrPos, VqciEncodeHuffmanState* pState) {
+        storeBytes();
+        pState->bitBuffer = static_cast<uint32_t>(acc << (24 - n));
+        pState->bitCount = static_cast<int32_t>(n);
+        *pDstCurrPos = static_cast<int32_t>(p - pDst);
+    }
+};
+
+// Codes (table words) and value bits, through the state one write at a
+// time, or through the fast writer. Both refuse a code length outside 1
+// to 16 and a count of 0, with nothing written.
+struct HuffExactBits {
+    Vqc8u* dst;
+    int32_t len;
+    int32_t* pPos;
+    VqciEncodeHuffmanState* st;
+    VqcStatus code(uint32_t word) { return ownHuffWriteCode(word, dst, len, pPos, st); }
+    VqcStatus bits(uint32_t v, uint32_t n) { return ownHuffWriteBits(v, static_cast<int32_t>(n), dst, len, pPos, st); }
+};
+struct HuffFastBits {
+    HuffFastWriter w;
+    VqcStatus code(uint32_t word) { return bits(word & 0xFFFF, (word >> 16) - 1 < 16 ? word >> 16 : 0); }
+    VqcStatus bits(uint32_t v, uint32_t n) {
+        if (n == 0) return vqcStatusBadHuffmanTable;
+        w.put(v & lowMask(n), n);
+        return vqcStatusOk;
+    }
 };
 
 // Bit of each zig-zag position for the eight flags of one row.
@@ -232,19 +274,24 @@ constexpr ZigzagRows makeZigzagRows() {
 }
 inline constexpr ZigzagRows ownZigzagRows = makeZigzagRows();
 
-// Bit k set for each non-zero coefficient at zig-zag position k, DC
-// included. The compare is written so that compilers do it on vectors; a
-// multiply gathers a row's eight flags (0 or 1 a byte) into eight bits.
-inline uint64_t ownHuffZigzagMask(const Vqc16s* pSrc) {
-    uint8_t nz[64];
-    for (int i = 0; i < 64; ++i) nz[i] = pSrc[i] != 0;
+// Bit k set for each flag (0 or 1, in natural order) at zig-zag position
+// k. A multiply gathers a row's eight flag bytes into eight bits.
+inline uint64_t ownHuffZigzagBits(const uint8_t flags[64]) {
     uint64_t mask = 0;
     for (int r = 0; r < 8; ++r) {
         uint64_t x;
-        std::memcpy(&x, nz + 8 * r, 8);
+        std::memcpy(&x, flags + 8 * r, 8);
         mask |= ownZigzagRows.v[r][(x * 0x0102040810204080u) >> 56];
     }
     return mask;
+}
+
+// Bit k set for each non-zero coefficient at zig-zag position k, DC
+// included. The compare is written so that compilers do it on vectors.
+inline uint64_t ownHuffZigzagMask(const Vqc16s* pSrc) {
+    uint8_t nz[64];
+    for (int i = 0; i < 64; ++i) nz[i] = pSrc[i] != 0;
+    return ownHuffZigzagBits(nz);
 }
 
 // The block coders one write at a time, which the fast paths must match.

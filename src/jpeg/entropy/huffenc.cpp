@@ -29,15 +29,10 @@ uint32_t magnitude(int32_t v) { return static_cast<uint32_t>(v < 0 ? -v : v); }
 
 // Writer through the state, one write per symbol and value: every failure
 // point is exactly where the destination ends.
-struct ExactSink {
-    Vqc8u* dst;
-    int32_t len;
-    int32_t* pPos;
-    VqciEncodeHuffmanState* st;
-    VqcStatus code(uint32_t word) { return ownHuffWriteCode(word, dst, len, pPos, st); }
+struct ExactSink : HuffExactBits {
     VqcStatus symbol(uint32_t word, int32_t v, uint32_t c) {
         if (VqcStatus s = code(word)) return s;
-        return c != 0 ? ownHuffWriteBits(extraBits(v), static_cast<int32_t>(c), dst, len, pPos, st) : vqcStatusOk;
+        return c != 0 ? bits(extraBits(v), c) : vqcStatusOk;
     }
 };
 
@@ -158,13 +153,9 @@ inline VqcStatus fastWalk(HuffFastWriter& w, const Vqc16s* pSrc, Vqc16s* lastDC,
 [[gnu::noinline]] VqcStatus fastBlock(const Vqc16s* pSrc, Vqc8u* pDst, int32_t* pDstCurrPos, Vqc16s* lastDC,
                                       const VqciEncodeHuffmanSpec* dc, const VqciEncodeHuffmanSpec* ac,
                                       VqciEncodeHuffmanState* pState) {
-    const uint32_t pending = static_cast<uint32_t>(pState->bitCount);
-    HuffFastWriter w{pDst + *pDstCurrPos, static_cast<uint32_t>(pState->bitBuffer) >> (24 - pending), pending};
+    HuffFastWriter w = HuffFastWriter::fromState(pDst, *pDstCurrPos, pState);
     const VqcStatus st = fastWalk<false>(w, pSrc, lastDC, dc, ac);
-    w.storeBytes();
-    pState->bitBuffer = static_cast<uint32_t>(w.acc << (24 - w.n));
-    pState->bitCount = static_cast<int32_t>(w.n);
-    *pDstCurrPos = static_cast<int32_t>(w.p - pDst);
+    w.toState(pDst, pDstCurrPos, pState);
     return st;
 }
 
@@ -184,15 +175,6 @@ inline VqcStatus fastWalk(HuffFastWriter& w, const Vqc16s* pSrc, Vqc16s* lastDC,
     }
 }
 
-// Room for any block, and a state that the exact writer could have left:
-// its buffer holds the last byte stored in bits 24-31 and the pending bits
-// below it, so that it reads as the stream's latest bits.
-inline bool fastRoom(int32_t dstLenBytes, int32_t pos, const VqciEncodeHuffmanState* pState) {
-    const uint32_t pending = static_cast<uint32_t>(pState->bitCount);
-    return pos >= 0 && dstLenBytes - pos >= kBlockRoom && pending < 8 &&
-           (static_cast<uint32_t>(pState->bitBuffer) & lowMask(24 - pending)) == 0;
-}
-
 // The checks in their order, the flush, and the exact writer for a
 // destination near its end.
 [[gnu::noinline]] VqcStatus slowBlock(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstLenBytes, int32_t* pDstCurrPos,
@@ -210,7 +192,7 @@ inline bool fastRoom(int32_t dstLenBytes, int32_t pos, const VqciEncodeHuffmanSt
 VqcStatus ownHuffEncodeBlockExact(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstLenBytes, int32_t* pDstCurrPos,
                                   Vqc16s* lastDC, const VqciEncodeHuffmanSpec* dcTable,
                                   const VqciEncodeHuffmanSpec* acTable, VqciEncodeHuffmanState* pState) {
-    ExactSink out{pDst, dstLenBytes, pDstCurrPos, pState};
+    ExactSink out{{pDst, dstLenBytes, pDstCurrPos, pState}};
     return exactBlock(out, pSrc, lastDC, dcTable, acTable);
 }
 
@@ -258,7 +240,7 @@ VQCJ_API VqcStatus vqciEncodeHuffman8x8_JPEG_16s1u_C1(const Vqc16s* pSrc, Vqc8u*
                                                        VqciEncodeHuffmanState* pState, int32_t flushState) {
     // Every check passed and room for any block: the fast path.
     if (pDst && pDstCurrPos && pState && pSrc && lastDC && dcTable && acTable && flushState == 0 &&
-        fastRoom(dstLenBytes, *pDstCurrPos, pState))
+        HuffFastWriter::fits(dstLenBytes, *pDstCurrPos, kBlockRoom, pState))
         return fastBlock(pSrc, pDst, pDstCurrPos, lastDC, dcTable, acTable, pState);
     return slowBlock(pSrc, pDst, dstLenBytes, pDstCurrPos, lastDC, dcTable, acTable, pState, flushState);
 }

@@ -79,6 +79,38 @@ TEST(EntropyEncoderFastPath, MatchesTheExactWriter) {
     }
 }
 
+// The progressive AC passes, fast writer (room) against exact writer (a
+// destination 639 bytes from its end), over runs of blocks so that EOB
+// runs and correction bits carry from block to block.
+TEST(EntropyEncoderFastPath, ProgressivePassesMatchTheExactWriter) {
+    std::mt19937 rng(12);
+    VqciEncodeHuffmanSpec ac;
+    Vqc16s blk[64];
+    for (int seq = 0; seq < 400; ++seq) {
+        randomTable(rng, &ac, seq % 5 == 0);
+        const bool refine = seq % 2;
+        const int32_t Ss = 1 + static_cast<int32_t>(rng() % 63), Se = Ss + static_cast<int32_t>(rng() % (64 - Ss)),
+                      Al = static_cast<int32_t>(rng() % 14);
+        auto pass = refine ? vqciEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1 : vqciEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1;
+        std::vector<Vqc8u> a(40000), b(40000);
+        VqciEncodeHuffmanState sa, sb;
+        vqciEncodeHuffmanStateInit_JPEG_8u(&sa);
+        vqciEncodeHuffmanStateInit_JPEG_8u(&sb);
+        int32_t pa = 0, pb = 0;
+        for (int i = 0; i < 40; ++i) {
+            randomBlock(rng, blk);
+            if (rng() % 3 == 0) std::memset(blk, 0, sizeof blk);
+            const int32_t flush = i == 39;
+            const VqcStatus ra = pass(blk, a.data(), 40000, &pa, Ss, Se, Al, &ac, &sa, flush);
+            const VqcStatus rb = pass(blk, b.data(), pb + 639, &pb, Ss, Se, Al, &ac, &sb, flush);
+            ASSERT_EQ(ra, rb) << seq << " " << i;
+            ASSERT_EQ(pa, pb);
+            ASSERT_EQ(std::memcmp(&sa, &sb, sizeof sa), 0) << seq << " " << i;
+            ASSERT_EQ(a, b) << seq << " " << i;
+        }
+    }
+}
+
 // The largest block: every coefficient and the DC 31 or 32 one bits, all
 // stuffed; it must take the fast path at the threshold and still fit.
 TEST(EntropyEncoderFastPath, WorstCaseBlockFitsTheRoom) {
