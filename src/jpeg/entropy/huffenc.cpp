@@ -94,34 +94,57 @@ VqcStatus exactBlock(Sink& out, const Vqc16s* pSrc, Vqc16s* lastDC, const VqciEn
     return trailing > 0 ? out.code(ac->codeWord[0]) : vqcStatusOk;
 }
 
-// Code and value bits of one symbol in one write: the code shifted up by c
-// plus the value, with one added to the code first when the value is
-// negative (sign -1), which makes the low c bits those of v - 1; masking
-// to len + c bits then keeps the code's own len bits. A symbol without a
-// code stops the stateful coder; Direct writes its value bits alone.
+// Category and value bits of the values -128 to 127, which are nearly all
+// AC coefficients, by table rather than by arithmetic.
+struct SmallValues {
+    uint8_t cat[256], bits[256];  // indexed by v + 128
+};
+constexpr SmallValues makeSmallValues() {
+    SmallValues t{};
+    for (int v = -128; v < 128; ++v) {
+        const int m = v < 0 ? -v : v;
+        int c = 0;
+        while (m >> c) ++c;
+        t.cat[v + 128] = static_cast<uint8_t>(c);
+        t.bits[v + 128] = static_cast<uint8_t>((v < 0 ? v - 1 : v) & ((1 << c) - 1));
+    }
+    return t;
+}
+constexpr SmallValues kSmallValues = makeSmallValues();
+
+// Code and value bits of one symbol in one write: the code shifted up by
+// c and the value bits (below 2^c), masked to len + c bits so that only
+// the code's own len bits stay. A symbol without a code stops the stateful
+// coder; Direct writes its value bits alone.
 template <bool kDirect>
-inline bool fastSymbol(HuffFastWriter& w, uint32_t word, int64_t v, int64_t sign, uint64_t c) {
+inline bool fastSymbol(HuffFastWriter& w, uint32_t word, uint64_t bits, uint64_t c) {
     uint64_t len = word >> 16;
     if (len - 1 > 15) [[unlikely]] {
         if (!kDirect) return false;
         len = 0;
     }
     const uint64_t size = len + c;
-    const uint64_t bits = ((word - static_cast<uint64_t>(sign)) << c) + static_cast<uint64_t>(v + sign);
-    w.put(bits & kLowBits.v[size], size);
+    w.put((static_cast<uint64_t>(word) << c | bits) & kLowBits.v[size], size);
     return true;
+}
+
+// Category and value bits of v by arithmetic.
+inline void valueBits(int64_t v, uint64_t* c, uint64_t* bits) {
+    const int64_t sign = v >> 63;
+    const uint64_t m = static_cast<uint64_t>((v ^ sign) - sign);
+    *c = (m != 0) + (63 ^ static_cast<uint64_t>(__builtin_clzll(m | 1)));
+    *bits = static_cast<uint64_t>(v + sign) & kLowBits.v[*c];
 }
 
 // The same block as exactBlock, for a destination with room for it.
 template <bool kDirect>
 inline VqcStatus fastWalk(HuffFastWriter& w, const Vqc16s* pSrc, Vqc16s* lastDC, const VqciEncodeHuffmanSpec* dc,
-                    const VqciEncodeHuffmanSpec* ac) {
+                          const VqciEncodeHuffmanSpec* ac) {
     const int32_t diff = pSrc[0] - *lastDC;
     *lastDC = pSrc[0];
-    // The category without a branch for a zero difference.
-    const uint32_t dm = magnitude(diff);
-    const uint32_t dcCat = (dm != 0) + (31 ^ static_cast<uint32_t>(__builtin_clz(dm | 1)));
-    if (!fastSymbol<kDirect>(w, dc->codeWord[dcCat], diff, diff >> 31, dcCat)) return vqcStatusBadHuffmanTable;
+    uint64_t c, bits;
+    valueBits(diff, &c, &bits);
+    if (!fastSymbol<kDirect>(w, dc->codeWord[c], bits, c)) return vqcStatusBadHuffmanTable;
     const uint32_t* words = ac->codeWord;
     uint64_t mask = ownHuffZigzagMask(pSrc) & ~uint64_t{1};
     uint64_t next = 1;  // the position after the last coefficient coded
@@ -131,20 +154,24 @@ inline VqcStatus fastWalk(HuffFastWriter& w, const Vqc16s* pSrc, Vqc16s* lastDC,
         uint64_t r = k - next;
         next = k + 1;
         const int64_t v = pSrc[ownZigzag[k]];
-        const int64_t sign = v >> 63;
-        const uint64_t c = (63 ^ static_cast<uint64_t>(__builtin_clzll(static_cast<uint64_t>((v ^ sign) - sign)))) + 1;
+        if (static_cast<uint64_t>(v + 128) < 256) [[likely]] {
+            c = kSmallValues.cat[v + 128];
+            bits = kSmallValues.bits[v + 128];
+        } else {
+            valueBits(v, &c, &bits);
+        }
         uint32_t word;
         // Runs of 16 and more, and category 16 after 15 zeros, are rare.
         if (r * 16 + c < 256) [[likely]] {
             word = words[r * 16 + c];
         } else {
             for (; r > 15; r -= 16)
-                if (!fastSymbol<kDirect>(w, words[0xF0], 0, 0, 0)) return vqcStatusBadHuffmanTable;
+                if (!fastSymbol<kDirect>(w, words[0xF0], 0, 0)) return vqcStatusBadHuffmanTable;
             word = r * 16 + c < 256 ? words[r * 16 + c] : 0;
         }
-        if (!fastSymbol<kDirect>(w, word, v, sign, c)) return vqcStatusBadHuffmanTable;
+        if (!fastSymbol<kDirect>(w, word, bits, c)) return vqcStatusBadHuffmanTable;
     }
-    if (next < 64 && !fastSymbol<kDirect>(w, words[0], 0, 0, 0)) return vqcStatusBadHuffmanTable;
+    if (next < 64 && !fastSymbol<kDirect>(w, words[0], 0, 0)) return vqcStatusBadHuffmanTable;
     return vqcStatusOk;
 }
 
