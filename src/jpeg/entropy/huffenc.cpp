@@ -14,17 +14,6 @@ namespace {
 // for stuffing.
 constexpr int32_t kBlockRoom = 600;
 
-// The low n bits, n from 0 to 32, from a table rather than from two shifts.
-struct LowBits {
-    uint64_t v[33];
-};
-constexpr LowBits makeLowBits() {
-    LowBits t{};
-    for (int n = 0; n <= 32; ++n) t.v[n] = (uint64_t{1} << n) - 1;
-    return t;
-}
-constexpr LowBits kLowBits = makeLowBits();
-
 uint32_t magnitude(int32_t v) { return static_cast<uint32_t>(v < 0 ? -v : v); }
 
 // Writer through the state, one write per symbol and value: every failure
@@ -94,13 +83,19 @@ VqcStatus exactBlock(Sink& out, const Vqc16s* pSrc, Vqc16s* lastDC, const VqciEn
     return trailing > 0 ? out.code(ac->codeWord[0]) : vqcStatusOk;
 }
 
-// Category and value bits of the values -128 to 127, which are nearly all
-// AC coefficients, by table rather than by arithmetic.
-struct SmallValues {
+// The fast path's tables in one place, so that one register reaches them:
+// the low n bits for n from 0 to 32 (by table rather than by two shifts),
+// the zig-zag order, and the category and value bits of -128 to 127, which
+// are nearly all AC coefficients (by table rather than by arithmetic).
+struct FastTables {
+    uint64_t lowBits[33];
+    uint8_t zigzag[64];
     uint8_t cat[256], bits[256];  // indexed by v + 128
 };
-constexpr SmallValues makeSmallValues() {
-    SmallValues t{};
+constexpr FastTables makeFastTables() {
+    FastTables t{};
+    for (int n = 0; n <= 32; ++n) t.lowBits[n] = (uint64_t{1} << n) - 1;
+    for (int k = 0; k < 64; ++k) t.zigzag[k] = ownZigzag[k];
     for (int v = -128; v < 128; ++v) {
         const int m = v < 0 ? -v : v;
         int c = 0;
@@ -110,7 +105,7 @@ constexpr SmallValues makeSmallValues() {
     }
     return t;
 }
-constexpr SmallValues kSmallValues = makeSmallValues();
+constexpr FastTables kFast = makeFastTables();
 
 // Code and value bits of one symbol in one write: the code shifted up by
 // c and the value bits (below 2^c), masked to len + c bits so that only
@@ -124,7 +119,7 @@ inline bool fastSymbol(HuffFastWriter& w, uint32_t word, uint64_t bits, uint64_t
         len = 0;
     }
     const uint64_t size = len + c;
-    w.put((static_cast<uint64_t>(word) << c | bits) & kLowBits.v[size], size);
+    w.put((static_cast<uint64_t>(word) << c | bits) & kFast.lowBits[size], size);
     return true;
 }
 
@@ -133,7 +128,7 @@ inline void valueBits(int64_t v, uint64_t* c, uint64_t* bits) {
     const int64_t sign = v >> 63;
     const uint64_t m = static_cast<uint64_t>((v ^ sign) - sign);
     *c = (m != 0) + (63 ^ static_cast<uint64_t>(__builtin_clzll(m | 1)));
-    *bits = static_cast<uint64_t>(v + sign) & kLowBits.v[*c];
+    *bits = static_cast<uint64_t>(v + sign) & kFast.lowBits[*c];
 }
 
 // The same block as exactBlock, for a destination with room for it.
@@ -153,10 +148,10 @@ inline VqcStatus fastWalk(HuffFastWriter& w, const Vqc16s* pSrc, Vqc16s* lastDC,
         mask &= mask - 1;
         uint64_t r = k - next;
         next = k + 1;
-        const int64_t v = pSrc[ownZigzag[k]];
+        const int64_t v = pSrc[kFast.zigzag[k]];
         if (static_cast<uint64_t>(v + 128) < 256) [[likely]] {
-            c = kSmallValues.cat[v + 128];
-            bits = kSmallValues.bits[v + 128];
+            c = kFast.cat[v + 128];
+            bits = kFast.bits[v + 128];
         } else {
             valueBits(v, &c, &bits);
         }
