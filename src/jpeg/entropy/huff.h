@@ -80,19 +80,51 @@ inline uint64_t ownHuffNonZeroMask(const Vqc16s* pSrc, int16_t zz[64]) {
     return mask;
 }
 
+// Bit of each zig-zag position for the eight flags of one row.
+struct ZigzagRows {
+    uint64_t v[8][256];
+};
+constexpr ZigzagRows makeZigzagRows() {
+    ZigzagRows t{};
+    for (int k = 0; k < 64; ++k)
+        for (int b = 0; b < 256; ++b)
+            if (b >> (ownZigzag[k] & 7) & 1) t.v[ownZigzag[k] >> 3][b] |= uint64_t{1} << k;
+    return t;
+}
+inline constexpr ZigzagRows ownZigzagRows = makeZigzagRows();
+
+// Bit k set for each flag (0 or 1, in natural order) at zig-zag position
+// k. A multiply gathers a row's eight flag bytes into eight bits.
+inline uint64_t ownHuffZigzagBits(const uint8_t flags[64]) {
+    uint64_t mask = 0;
+    for (int r = 0; r < 8; ++r) {
+        uint64_t x;
+        std::memcpy(&x, flags + 8 * r, 8);
+        mask |= ownZigzagRows.v[r][(x * 0x0102040810204080u) >> 56];
+    }
+    return mask;
+}
+
+// Bit k set for each non-zero coefficient at zig-zag position k, DC
+// included. The compare is written so that compilers do it on vectors.
+inline uint64_t ownHuffZigzagMask(const Vqc16s* pSrc) {
+    uint8_t nz[64];
+    for (int i = 0; i < 64; ++i) nz[i] = pSrc[i] != 0;
+    return ownHuffZigzagBits(nz);
+}
+
 // Visits the non-zero AC coefficients of a block in zig-zag order as
 // f(run of zeros before it, value), stopping at the first non-zero status.
 // Returns that status, and the zeros after the last one in *trailing. The
 // walk branches per coefficient coded rather than per position.
 template <class F>
 inline VqcStatus ownHuffWalkAC(const Vqc16s* pSrc, uint32_t* trailing, F&& f) {
-    int16_t zz[64];
-    uint64_t mask = ownHuffNonZeroMask(pSrc, zz);
+    uint64_t mask = ownHuffZigzagMask(pSrc) & ~uint64_t{1};
     uint32_t last = 0;
     while (mask != 0) {
         const uint32_t k = static_cast<uint32_t>(__builtin_ctzll(mask));
         mask &= mask - 1;
-        if (VqcStatus st = f(k - last - 1, static_cast<int32_t>(zz[k]))) return st;
+        if (VqcStatus st = f(k - last - 1, static_cast<int32_t>(pSrc[ownZigzag[k]]))) return st;
         last = k;
     }
     *trailing = 63 - last;
@@ -260,39 +292,6 @@ struct HuffFastBits {
         return vqcStatusOk;
     }
 };
-
-// Bit of each zig-zag position for the eight flags of one row.
-struct ZigzagRows {
-    uint64_t v[8][256];
-};
-constexpr ZigzagRows makeZigzagRows() {
-    ZigzagRows t{};
-    for (int k = 0; k < 64; ++k)
-        for (int b = 0; b < 256; ++b)
-            if (b >> (ownZigzag[k] & 7) & 1) t.v[ownZigzag[k] >> 3][b] |= uint64_t{1} << k;
-    return t;
-}
-inline constexpr ZigzagRows ownZigzagRows = makeZigzagRows();
-
-// Bit k set for each flag (0 or 1, in natural order) at zig-zag position
-// k. A multiply gathers a row's eight flag bytes into eight bits.
-inline uint64_t ownHuffZigzagBits(const uint8_t flags[64]) {
-    uint64_t mask = 0;
-    for (int r = 0; r < 8; ++r) {
-        uint64_t x;
-        std::memcpy(&x, flags + 8 * r, 8);
-        mask |= ownZigzagRows.v[r][(x * 0x0102040810204080u) >> 56];
-    }
-    return mask;
-}
-
-// Bit k set for each non-zero coefficient at zig-zag position k, DC
-// included. The compare is written so that compilers do it on vectors.
-inline uint64_t ownHuffZigzagMask(const Vqc16s* pSrc) {
-    uint8_t nz[64];
-    for (int i = 0; i < 64; ++i) nz[i] = pSrc[i] != 0;
-    return ownHuffZigzagBits(nz);
-}
 
 // The block coders one write at a time, which the fast paths must match.
 VqcStatus ownHuffEncodeBlockExact(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstLenBytes, int32_t* pDstCurrPos,
