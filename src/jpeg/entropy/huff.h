@@ -263,8 +263,11 @@ struct HuffFastWriter {
         const uint32_t pending = static_cast<uint32_t>(pState->bitCount);
         return {pDst + pos, static_cast<uint32_t>(pState->bitBuffer) >> (24 - pending), pending};
     }
-    // Back to what ownHuffWriteBits would have left after the same writes.
+    // Back to what ownHuffWriteBits would have left after the same writes;
+    // with no bit written (a first write refused) it left the state alone,
+    // high half included.
     void toState(Vqc8u* pDst, int32_t* pDstCurrPos, VqciEncodeHuffmanState* pState) {
+        if (p - pDst == *pDstCurrPos && n == static_cast<uint32_t>(pState->bitCount)) return;
         storeBytes();
         pState->bitBuffer = static_cast<uint32_t>(acc << (24 - n));
         pState->bitCount = static_cast<int32_t>(n);

@@ -51,7 +51,7 @@ TEST(EntropyEncoderFastPath, MatchesTheExactWriter) {
         vqciEncodeHuffmanStateInit_JPEG_8u(&sa);
         const uint32_t pend = rng() % 8;
         sa.bitCount = static_cast<int32_t>(pend);
-        sa.bitBuffer = (rng() & 0xFF) << 24 | (rng() & ((1u << pend) - 1)) << (24 - pend);
+        sa.bitBuffer = uint64_t{rng()} << 32 | (rng() & 0xFF) << 24 | (rng() & ((1u << pend) - 1)) << (24 - pend);
         sb = sa;
         int32_t pa = static_cast<int32_t>(rng() % 8), pb = pa;
         Vqc16s da = static_cast<Vqc16s>(rng()), db = da;
@@ -95,7 +95,8 @@ TEST(EntropyEncoderFastPath, ProgressivePassesMatchTheExactWriter) {
         std::vector<Vqc8u> a(40000), b(40000);
         VqciEncodeHuffmanState sa, sb;
         vqciEncodeHuffmanStateInit_JPEG_8u(&sa);
-        vqciEncodeHuffmanStateInit_JPEG_8u(&sb);
+        sa.bitBuffer = uint64_t{rng()} << 32;  // ignored, and kept until a write
+        sb = sa;
         int32_t pa = 0, pb = 0;
         for (int i = 0; i < 40; ++i) {
             randomBlock(rng, blk);
