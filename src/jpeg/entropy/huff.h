@@ -275,9 +275,9 @@ struct HuffFastWriter {
     }
 };
 
-// Codes (table words) and value bits, through the state one write at a
-// time, or through the fast writer. Both refuse a code length outside 1
-// to 16 and a count of 0, with nothing written.
+// Codes (table words) and value bits (up to 16), through the state one
+// write at a time, or through the fast writer. Both refuse a code length
+// outside 1 to 16 and a count of 0, with nothing written.
 struct HuffExactBits {
     Vqc8u* dst;
     int32_t len;

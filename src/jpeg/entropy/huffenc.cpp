@@ -225,7 +225,6 @@ void ownHuffEncodeBlockDirectExact(const Vqc16s* pSrc, Vqc8u* pDst, int32_t* pDs
     *pDstBitsLen = static_cast<int32_t>(out.pos);
 }
 
-
 }  // namespace vqcj
 
 using namespace vqcj;
