@@ -80,19 +80,51 @@ inline uint64_t ownHuffNonZeroMask(const Vqc16s* pSrc, int16_t zz[64]) {
     return mask;
 }
 
+// Bit of each zig-zag position for the eight flags of one row.
+struct ZigzagRows {
+    uint64_t v[8][256];
+};
+constexpr ZigzagRows makeZigzagRows() {
+    ZigzagRows t{};
+    for (int k = 0; k < 64; ++k)
+        for (int b = 0; b < 256; ++b)
+            if (b >> (ownZigzag[k] & 7) & 1) t.v[ownZigzag[k] >> 3][b] |= uint64_t{1} << k;
+    return t;
+}
+inline constexpr ZigzagRows ownZigzagRows = makeZigzagRows();
+
+// Bit k set for each flag (0 or 1, in natural order) at zig-zag position
+// k. A multiply gathers a row's eight flag bytes into eight bits.
+inline uint64_t ownHuffZigzagBits(const uint8_t flags[64]) {
+    uint64_t mask = 0;
+    for (int r = 0; r < 8; ++r) {
+        uint64_t x;
+        std::memcpy(&x, flags + 8 * r, 8);
+        mask |= ownZigzagRows.v[r][(x * 0x0102040810204080u) >> 56];
+    }
+    return mask;
+}
+
+// Bit k set for each non-zero coefficient at zig-zag position k, DC
+// included. The compare is written so that compilers do it on vectors.
+inline uint64_t ownHuffZigzagMask(const Vqc16s* pSrc) {
+    uint8_t nz[64];
+    for (int i = 0; i < 64; ++i) nz[i] = pSrc[i] != 0;
+    return ownHuffZigzagBits(nz);
+}
+
 // Visits the non-zero AC coefficients of a block in zig-zag order as
 // f(run of zeros before it, value), stopping at the first non-zero status.
 // Returns that status, and the zeros after the last one in *trailing. The
 // walk branches per coefficient coded rather than per position.
 template <class F>
 inline VqcStatus ownHuffWalkAC(const Vqc16s* pSrc, uint32_t* trailing, F&& f) {
-    int16_t zz[64];
-    uint64_t mask = ownHuffNonZeroMask(pSrc, zz);
+    uint64_t mask = ownHuffZigzagMask(pSrc) & ~uint64_t{1};
     uint32_t last = 0;
     while (mask != 0) {
         const uint32_t k = static_cast<uint32_t>(__builtin_ctzll(mask));
         mask &= mask - 1;
-        if (VqcStatus st = f(k - last - 1, static_cast<int32_t>(zz[k]))) return st;
+        if (VqcStatus st = f(k - last - 1, static_cast<int32_t>(pSrc[ownZigzag[k]]))) return st;
         last = k;
     }
     *trailing = 63 - last;
@@ -159,6 +191,117 @@ inline VqcStatus ownHuffFlush(Vqc8u* pDst, int32_t dstLenBytes, int32_t* pDstCur
     ownHuffInitEncodeState(pState);
     return st;
 }
+
+// Writer for a destination known to have room for all a call can write.
+// Bits gather in 64 and a full word leaves in one store, byte by byte only
+// when it holds a 0xFF. Only complete bytes are stored, as by the writer
+// above, so the caller converts back to its own format at the end.
+struct HuffFastWriter {
+    Vqc8u* p;      // next byte
+    uint64_t acc;  // the latest 64 bits of the stream, the newest at bit 0
+    uint64_t n;    // how many of them are not stored yet, 0 to 63
+
+    // size from 0 to 32, bits below 2^size.
+    void put(uint64_t bits, uint64_t size) {
+        n += size;
+        if (n >= 64) [[unlikely]] {
+            n -= 64;
+            storeWord(acc << (size - n) | bits >> n);
+        }
+        acc = acc << size | bits;
+    }
+    void byte(uint32_t b) {
+        *p++ = static_cast<Vqc8u>(b);
+        if (b == 0xFF) *p++ = 0;
+    }
+    void storeWord(uint64_t w) {
+        const uint64_t x = ~w;
+        if (((x - 0x0101010101010101u) & ~x & 0x8080808080808080u) == 0) {
+            const uint64_t be = __builtin_bswap64(w);
+            std::memcpy(p, &be, 8);
+            p += 8;
+            return;
+        }
+        for (int s = 56; s >= 0; s -= 8) byte(static_cast<uint32_t>(w >> s) & 0xFF);
+    }
+    // Stores the complete bytes; fewer than 8 bits stay. Without a 0xFF
+    // among them, up to seven bytes leave in three stores, each either to
+    // the destination or to a scratch word, which keeps it free of branches.
+    void storeBytes() {
+        // Top-aligned, so that the bytes behind the complete ones hold a
+        // zero bit and cannot be taken for 0xFF.
+        const uint64_t w = acc << (63 - n) << 1;
+        const uint64_t x = ~w;
+        if (((x - 0x0101010101010101u) & ~x & 0x8080808080808080u) != 0) {
+            for (; n >= 8; n -= 8) byte(static_cast<uint32_t>(acc >> (n - 8)) & 0xFF);
+            return;
+        }
+        uint64_t be = __builtin_bswap64(w), scratch;
+        auto* junk = reinterpret_cast<Vqc8u*>(&scratch);
+        const uint32_t nb = n >> 3, n4 = nb & 4, n2 = nb & 2, n1 = nb & 1;
+        std::memcpy(n4 ? p : junk, &be, 4);
+        p += n4;
+        be >>= 8 * n4;
+        std::memcpy(n2 ? p : junk, &be, 2);
+        p += n2;
+        be >>= 8 * n2;
+        *(n1 ? p : junk) = static_cast<Vqc8u>(be);
+        p += n1;
+        n &= 7;
+    }
+
+    // Whether a call may go through this writer: room for all it can
+    // write, and a state that ownHuffWriteBits could have left. Such a
+    // state holds the last byte stored in bits 24-31 and the pending bits
+    // below it, so that it reads as the stream's latest bits.
+    static bool fits(int32_t dstLenBytes, int32_t pos, int32_t room, const VqciEncodeHuffmanState* pState) {
+        const uint32_t pending = static_cast<uint32_t>(pState->bitCount);
+        return pos >= 0 && dstLenBytes - pos >= room && pending < 8 &&
+               (static_cast<uint32_t>(pState->bitBuffer) & lowMask(24 - pending)) == 0;
+    }
+    static HuffFastWriter fromState(Vqc8u* pDst, int32_t pos, const VqciEncodeHuffmanState* pState) {
+        const uint32_t pending = static_cast<uint32_t>(pState->bitCount);
+        return {pDst + pos, static_cast<uint32_t>(pState->bitBuffer) >> (24 - pending), pending};
+    }
+    // Back to what ownHuffWriteBits would have left after the same writes;
+    // with no bit written (a first write refused) it left the state alone,
+    // high half included.
+    void toState(Vqc8u* pDst, int32_t* pDstCurrPos, VqciEncodeHuffmanState* pState) {
+        if (p - pDst == *pDstCurrPos && n == static_cast<uint32_t>(pState->bitCount)) return;
+        storeBytes();
+        pState->bitBuffer = static_cast<uint32_t>(acc << (24 - n));
+        pState->bitCount = static_cast<int32_t>(n);
+        *pDstCurrPos = static_cast<int32_t>(p - pDst);
+    }
+};
+
+// Codes (table words) and value bits (up to 16), through the state one
+// write at a time, or through the fast writer. Both refuse a code length
+// outside 1 to 16 and a count of 0, with nothing written.
+struct HuffExactBits {
+    Vqc8u* dst;
+    int32_t len;
+    int32_t* pPos;
+    VqciEncodeHuffmanState* st;
+    VqcStatus code(uint32_t word) { return ownHuffWriteCode(word, dst, len, pPos, st); }
+    VqcStatus bits(uint32_t v, uint32_t n) { return ownHuffWriteBits(v, static_cast<int32_t>(n), dst, len, pPos, st); }
+};
+struct HuffFastBits {
+    HuffFastWriter w;
+    VqcStatus code(uint32_t word) { return bits(word & 0xFFFF, (word >> 16) - 1 < 16 ? word >> 16 : 0); }
+    VqcStatus bits(uint32_t v, uint32_t n) {
+        if (n == 0) return vqcStatusBadHuffmanTable;
+        w.put(v & lowMask(n), n);
+        return vqcStatusOk;
+    }
+};
+
+// The block coders one write at a time, which the fast paths must match.
+VqcStatus ownHuffEncodeBlockExact(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstLenBytes, int32_t* pDstCurrPos,
+                                  Vqc16s* lastDC, const VqciEncodeHuffmanSpec* dcTable,
+                                  const VqciEncodeHuffmanSpec* acTable, VqciEncodeHuffmanState* pState);
+void ownHuffEncodeBlockDirectExact(const Vqc16s* pSrc, Vqc8u* pDst, int32_t* pDstBitsLen, Vqc16s* lastDC,
+                                   const VqciEncodeHuffmanSpec* dcTable, const VqciEncodeHuffmanSpec* acTable);
 
 // ---- reader ---------------------------------------------------------------
 

@@ -11,131 +11,19 @@ namespace {
 
 // Room that no block can exceed: 16-bit code and 16 value bits for the DC
 // and each of 63 coefficients, four 0xF0 runs and EOB is 2128 bits; doubled
-// for stuffing and rounded up to the 4-byte stores.
+// for stuffing.
 constexpr int32_t kBlockRoom = 600;
+
+uint32_t magnitude(int32_t v) { return static_cast<uint32_t>(v < 0 ? -v : v); }
 
 // Writer through the state, one write per symbol and value: every failure
 // point is exactly where the destination ends.
-struct ExactSink {
-    Vqc8u* dst;
-    int32_t len;
-    int32_t* pPos;
-    VqciEncodeHuffmanState* st;
-    VqcStatus code(uint32_t word) { return ownHuffWriteCode(word, dst, len, pPos, st); }
-    VqcStatus bits(uint32_t v, uint32_t n) { return ownHuffWriteBits(v, static_cast<int32_t>(n), dst, len, pPos, st); }
-    VqcStatus done(VqcStatus s) { return s; }
-};
-
-// Writer for a block that is known to fit: bits gather in a 64-bit word and
-// leave four bytes at a time. It ends in the very state, bytes and position
-// that the exact writer would have produced, including after a symbol
-// without a code: the state's buffer then holds the last whole byte in
-// bits 24-31 and the pending bits from bit 23 down.
-struct FastSink {
-    Vqc8u* dst;
-    int32_t* pPos;
-    VqciEncodeHuffmanState* st;
-    int32_t pos;
-    uint64_t acc;
-    uint32_t n;
-    uint32_t lastByte;
-
-    FastSink(Vqc8u* d, int32_t* p, VqciEncodeHuffmanState* s) : dst(d), pPos(p), st(s), pos(*p) {
-        const uint32_t buf = static_cast<uint32_t>(s->bitBuffer);
-        n = static_cast<uint32_t>(s->bitCount);
-        acc = (buf >> (24 - n)) & lowMask(n);
-        lastByte = buf >> 24;
-    }
-    // Only states the exact writer could have left are taken over.
-    static bool fits(const VqciEncodeHuffmanState* s) {
-        const uint32_t c = static_cast<uint32_t>(s->bitCount);
-        return c < 8 && (static_cast<uint32_t>(s->bitBuffer) & lowMask(24 - c)) == 0;
-    }
-
-    void byte(uint32_t b) {
-        dst[pos++] = static_cast<Vqc8u>(b);
-        if (b == 0xFF) dst[pos++] = 0;
-    }
-    void put(uint32_t v, uint32_t len) {
-        acc = (acc << len) | v;
-        n += len;
-        if (n >= 32) flush32();
-    }
-    void flush32() {
-        {
-            n -= 32;
-            const uint32_t w = static_cast<uint32_t>(acc >> n);
-            if (!hasByteFF(w, 0xFFFFFFFFu)) {
-                const uint32_t be = __builtin_bswap32(w);
-                std::memcpy(dst + pos, &be, 4);
-                pos += 4;
-            } else {
-                byte(w >> 24), byte((w >> 16) & 0xFF), byte((w >> 8) & 0xFF), byte(w & 0xFF);
-            }
-            lastByte = w & 0xFF;
-        }
-    }
-    VqcStatus code(uint32_t word) {
-        const uint32_t len = word >> 16;
-        if (len - 1 > 15) return vqcStatusBadHuffmanTable;
-        put(word & 0xFFFF, len);
-        return vqcStatusOk;
-    }
-    VqcStatus bits(uint32_t v, uint32_t len) {
-        put(v & lowMask(len), len);
-        return vqcStatusOk;
-    }
-    // Code and value bits in one put: at most 32 bits.
+struct ExactSink : HuffExactBits {
     VqcStatus symbol(uint32_t word, int32_t v, uint32_t c) {
-        const uint32_t len = word >> 16;
-        if (len - 1 > 15) return vqcStatusBadHuffmanTable;
-        const uint64_t bits = static_cast<uint64_t>(word & 0xFFFF) << c | (extraBits(v) & lowMask(c));
-        acc = (acc << len << c) | bits;
-        n += len + c;
-        if (n >= 32) flush32();
-        return vqcStatusOk;
-    }
-    VqcStatus done(VqcStatus s) {
-        for (; n >= 8; n -= 8) {
-            lastByte = static_cast<uint32_t>(acc >> (n - 8)) & 0xFF;
-            byte(lastByte);
-        }
-        const uint32_t pending = static_cast<uint32_t>(acc) & lowMask(n);
-        st->bitBuffer = lastByte << 24 | pending << (24 - n);
-        st->bitCount = static_cast<int32_t>(n);
-        *pPos = pos;
-        return s;
+        if (VqcStatus s = code(word)) return s;
+        return c != 0 ? bits(extraBits(v), c) : vqcStatusOk;
     }
 };
-
-// Code and value bits of one coefficient.
-inline VqcStatus putSymbol(ExactSink& out, uint32_t word, int32_t v, uint32_t c) {
-    if (VqcStatus s = out.code(word)) return s;
-    return c != 0 ? out.bits(extraBits(v), c) : vqcStatusOk;
-}
-inline VqcStatus putSymbol(FastSink& out, uint32_t word, int32_t v, uint32_t c) { return out.symbol(word, v, c); }
-
-// One block. Category 16 after a run of 15 would index the word behind the
-// 256-word table; it is a symbol without a code.
-template <class Sink>
-VqcStatus encodeBlock(Sink& out, const Vqc16s* pSrc, Vqc16s* lastDC, const VqciEncodeHuffmanSpec* dc,
-                      const VqciEncodeHuffmanSpec* ac) {
-    const int32_t diff = pSrc[0] - *lastDC;
-    *lastDC = pSrc[0];
-    const uint32_t dcCat = ownHuffCategory(static_cast<uint32_t>(diff < 0 ? -diff : diff));
-    if (VqcStatus s = putSymbol(out, dc->codeWord[dcCat], diff, dcCat)) return out.done(s);
-    uint32_t trailing = 0;
-    const VqcStatus st = ownHuffWalkAC(pSrc, &trailing, [&](uint32_t r, int32_t v) -> VqcStatus {
-        for (; r > 15; r -= 16)
-            if (VqcStatus s = out.code(ac->codeWord[0xF0])) return s;
-        const uint32_t c = ownHuffCategory(static_cast<uint32_t>(v < 0 ? -v : v));
-        const uint32_t sym = r * 16 + c;
-        return putSymbol(out, sym < 256 ? ac->codeWord[sym] : 0, v, c);
-    });
-    if (st != vqcStatusOk) return out.done(st);
-    if (trailing > 0) return out.done(out.code(ac->codeWord[0]));
-    return out.done(vqcStatusOk);
-}
 
 // Direct writer: a bit position into unbounded memory. Each write clears
 // the rest of the byte it ends in, and one ending on a byte boundary clears
@@ -165,14 +53,177 @@ struct DirectSink {
         dst[i] = static_cast<Vqc8u>(b);
     }
     // A symbol without a code writes nothing; its value bits still go out.
-    void symbol(uint32_t word, int32_t v, uint32_t c) {
+    VqcStatus code(uint32_t word) { return symbol(word, 0, 0); }
+    VqcStatus symbol(uint32_t word, int32_t v, uint32_t c) {
         const uint32_t len = word >> 16;
         if (len - 1 < 16) bits(word & 0xFFFF, len);
         if (c != 0) bits(extraBits(v), c);
+        return vqcStatusOk;
     }
 };
 
+// One block, a write at a time. Category 16 after a run of 15 would index
+// the word behind the 256-word table; it is a symbol without a code.
+template <class Sink>
+VqcStatus exactBlock(Sink& out, const Vqc16s* pSrc, Vqc16s* lastDC, const VqciEncodeHuffmanSpec* dc,
+                     const VqciEncodeHuffmanSpec* ac) {
+    const int32_t diff = pSrc[0] - *lastDC;
+    *lastDC = pSrc[0];
+    const uint32_t dcCat = ownHuffCategory(magnitude(diff));
+    if (VqcStatus s = out.symbol(dc->codeWord[dcCat], diff, dcCat)) return s;
+    uint32_t trailing = 0;
+    const VqcStatus st = ownHuffWalkAC(pSrc, &trailing, [&](uint32_t r, int32_t v) -> VqcStatus {
+        for (; r > 15; r -= 16)
+            if (VqcStatus s = out.code(ac->codeWord[0xF0])) return s;
+        const uint32_t c = ownHuffCategory(magnitude(v));
+        const uint32_t sym = r * 16 + c;
+        return out.symbol(sym < 256 ? ac->codeWord[sym] : 0, v, c);
+    });
+    if (st != vqcStatusOk) return st;
+    return trailing > 0 ? out.code(ac->codeWord[0]) : vqcStatusOk;
+}
+
+// The fast path's tables in one place, so that one register reaches them:
+// the low n bits for n from 0 to 32 (by table rather than by two shifts),
+// the zig-zag order, and the category and value bits of -128 to 127, which
+// are nearly all AC coefficients (by table rather than by arithmetic).
+struct FastTables {
+    uint64_t lowBits[33];
+    uint8_t zigzag[64];
+    uint8_t cat[256], bits[256];  // indexed by v + 128
+};
+constexpr FastTables makeFastTables() {
+    FastTables t{};
+    for (int n = 0; n <= 32; ++n) t.lowBits[n] = (uint64_t{1} << n) - 1;
+    for (int k = 0; k < 64; ++k) t.zigzag[k] = ownZigzag[k];
+    for (int v = -128; v < 128; ++v) {
+        const int m = v < 0 ? -v : v;
+        int c = 0;
+        while (m >> c) ++c;
+        t.cat[v + 128] = static_cast<uint8_t>(c);
+        t.bits[v + 128] = static_cast<uint8_t>((v < 0 ? v - 1 : v) & ((1 << c) - 1));
+    }
+    return t;
+}
+constexpr FastTables kFast = makeFastTables();
+
+// Code and value bits of one symbol in one write: the code shifted up by
+// c and the value bits (below 2^c), masked to len + c bits so that only
+// the code's own len bits stay. A symbol without a code stops the stateful
+// coder; Direct writes its value bits alone.
+template <bool kDirect>
+inline bool fastSymbol(HuffFastWriter& w, uint32_t word, uint64_t bits, uint64_t c) {
+    uint64_t len = word >> 16;
+    if (len - 1 > 15) [[unlikely]] {
+        if (!kDirect) return false;
+        len = 0;
+    }
+    const uint64_t size = len + c;
+    w.put((static_cast<uint64_t>(word) << c | bits) & kFast.lowBits[size], size);
+    return true;
+}
+
+// Category and value bits of v by arithmetic.
+inline void valueBits(int64_t v, uint64_t* c, uint64_t* bits) {
+    const int64_t sign = v >> 63;
+    const uint64_t m = static_cast<uint64_t>((v ^ sign) - sign);
+    *c = (m != 0) + (63 ^ static_cast<uint64_t>(__builtin_clzll(m | 1)));
+    *bits = static_cast<uint64_t>(v + sign) & kFast.lowBits[*c];
+}
+
+// The same block as exactBlock, for a destination with room for it.
+template <bool kDirect>
+inline VqcStatus fastWalk(HuffFastWriter& w, const Vqc16s* pSrc, Vqc16s* lastDC, const VqciEncodeHuffmanSpec* dc,
+                          const VqciEncodeHuffmanSpec* ac) {
+    const int32_t diff = pSrc[0] - *lastDC;
+    *lastDC = pSrc[0];
+    uint64_t c, bits;
+    valueBits(diff, &c, &bits);
+    if (!fastSymbol<kDirect>(w, dc->codeWord[c], bits, c)) return vqcStatusBadHuffmanTable;
+    const uint32_t* words = ac->codeWord;
+    uint64_t mask = ownHuffZigzagMask(pSrc) & ~uint64_t{1};
+    uint64_t next = 1;  // the position after the last coefficient coded
+    while (mask != 0) {
+        const uint64_t k = static_cast<uint64_t>(__builtin_ctzll(mask));
+        mask &= mask - 1;
+        uint64_t r = k - next;
+        next = k + 1;
+        const int64_t v = pSrc[kFast.zigzag[k]];
+        if (static_cast<uint64_t>(v + 128) < 256) [[likely]] {
+            c = kFast.cat[v + 128];
+            bits = kFast.bits[v + 128];
+        } else {
+            valueBits(v, &c, &bits);
+        }
+        uint32_t word;
+        // Runs of 16 and more, and category 16 after 15 zeros, are rare.
+        if (r * 16 + c < 256) [[likely]] {
+            word = words[r * 16 + c];
+        } else {
+            for (; r > 15; r -= 16)
+                if (!fastSymbol<kDirect>(w, words[0xF0], 0, 0)) return vqcStatusBadHuffmanTable;
+            word = r * 16 + c < 256 ? words[r * 16 + c] : 0;
+        }
+        if (!fastSymbol<kDirect>(w, word, bits, c)) return vqcStatusBadHuffmanTable;
+    }
+    if (next < 64 && !fastSymbol<kDirect>(w, words[0], 0, 0)) return vqcStatusBadHuffmanTable;
+    return vqcStatusOk;
+}
+
+// The stateful block through the fast writer, from and back to the state.
+// Out of line with the writer in locals, so that it all stays in registers.
+[[gnu::noinline]] VqcStatus fastBlock(const Vqc16s* pSrc, Vqc8u* pDst, int32_t* pDstCurrPos, Vqc16s* lastDC,
+                                      const VqciEncodeHuffmanSpec* dc, const VqciEncodeHuffmanSpec* ac,
+                                      VqciEncodeHuffmanState* pState) {
+    HuffFastWriter w = HuffFastWriter::fromState(pDst, *pDstCurrPos, pState);
+    const VqcStatus st = fastWalk<false>(w, pSrc, lastDC, dc, ac);
+    w.toState(pDst, pDstCurrPos, pState);
+    return st;
+}
+
+// Direct: a block that writes no bit touches nothing; any other clears the
+// rest of the byte it ends in.
+[[gnu::noinline]] void fastBlockDirect(const Vqc16s* pSrc, Vqc8u* pDst, int32_t* pDstBitsLen, Vqc16s* lastDC,
+                                       const VqciEncodeHuffmanSpec* dc, const VqciEncodeHuffmanSpec* ac) {
+    const uint32_t pos = static_cast<uint32_t>(*pDstBitsLen);
+    Vqc8u* start = pDst + (pos >> 3);
+    const uint32_t n0 = pos & 7;
+    HuffFastWriter w{start, static_cast<uint64_t>(*start >> (8 - n0)), n0};
+    fastWalk<true>(w, pSrc, lastDC, dc, ac);
+    if (w.p != start || w.n != n0) {
+        w.storeBytes();
+        *w.p = static_cast<Vqc8u>(w.acc << (8 - w.n));
+        *pDstBitsLen = static_cast<int32_t>(static_cast<uint32_t>(w.p - pDst) * 8 + w.n);
+    }
+}
+
+// The checks in their order, the flush, and the exact writer for a
+// destination near its end.
+[[gnu::noinline]] VqcStatus slowBlock(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstLenBytes, int32_t* pDstCurrPos,
+                                      Vqc16s* lastDC, const VqciEncodeHuffmanSpec* dcTable,
+                                      const VqciEncodeHuffmanSpec* acTable, VqciEncodeHuffmanState* pState,
+                                      int32_t flushState) {
+    if (VqcStatus st = Check().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pState)) return st;
+    if (flushState != 0) return ownHuffFlush(pDst, dstLenBytes, pDstCurrPos, pState);
+    if (VqcStatus st = Check().ptr(pSrc).ptr(lastDC).ptr(dcTable).ptr(acTable)) return st;
+    return ownHuffEncodeBlockExact(pSrc, pDst, dstLenBytes, pDstCurrPos, lastDC, dcTable, acTable, pState);
+}
+
 }  // namespace
+
+VqcStatus ownHuffEncodeBlockExact(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstLenBytes, int32_t* pDstCurrPos,
+                                  Vqc16s* lastDC, const VqciEncodeHuffmanSpec* dcTable,
+                                  const VqciEncodeHuffmanSpec* acTable, VqciEncodeHuffmanState* pState) {
+    ExactSink out{{pDst, dstLenBytes, pDstCurrPos, pState}};
+    return exactBlock(out, pSrc, lastDC, dcTable, acTable);
+}
+
+void ownHuffEncodeBlockDirectExact(const Vqc16s* pSrc, Vqc8u* pDst, int32_t* pDstBitsLen, Vqc16s* lastDC,
+                                   const VqciEncodeHuffmanSpec* dcTable, const VqciEncodeHuffmanSpec* acTable) {
+    DirectSink out{pDst, static_cast<uint32_t>(*pDstBitsLen)};
+    exactBlock(out, pSrc, lastDC, dcTable, acTable);
+    *pDstBitsLen = static_cast<int32_t>(out.pos);
+}
 
 }  // namespace vqcj
 
@@ -208,16 +259,11 @@ VQCJ_API VqcStatus vqciEncodeHuffman8x8_JPEG_16s1u_C1(const Vqc16s* pSrc, Vqc8u*
                                                        const VqciEncodeHuffmanSpec* dcTable,
                                                        const VqciEncodeHuffmanSpec* acTable,
                                                        VqciEncodeHuffmanState* pState, int32_t flushState) {
-    if (VqcStatus st = Check().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(pState)) return st;
-    if (flushState != 0) return ownHuffFlush(pDst, dstLenBytes, pDstCurrPos, pState);
-    if (VqcStatus st = Check().ptr(pSrc).ptr(lastDC).ptr(dcTable).ptr(acTable)) return st;
-    const int32_t pos = *pDstCurrPos;
-    if (pos >= 0 && dstLenBytes - pos >= kBlockRoom && FastSink::fits(pState)) {
-        FastSink out(pDst, pDstCurrPos, pState);
-        return encodeBlock(out, pSrc, lastDC, dcTable, acTable);
-    }
-    ExactSink out{pDst, dstLenBytes, pDstCurrPos, pState};
-    return encodeBlock(out, pSrc, lastDC, dcTable, acTable);
+    // Every check passed and room for any block: the fast path.
+    if (pDst && pDstCurrPos && pState && pSrc && lastDC && dcTable && acTable && flushState == 0 &&
+        HuffFastWriter::fits(dstLenBytes, *pDstCurrPos, kBlockRoom, pState))
+        return fastBlock(pSrc, pDst, pDstCurrPos, lastDC, dcTable, acTable, pState);
+    return slowBlock(pSrc, pDst, dstLenBytes, pDstCurrPos, lastDC, dcTable, acTable, pState, flushState);
 }
 
 VQCJ_API VqcStatus vqciEncodeHuffmanOne_JPEG_16s1u_C1(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstLenBytes,
@@ -227,7 +273,7 @@ VQCJ_API VqcStatus vqciEncodeHuffmanOne_JPEG_16s1u_C1(const Vqc16s* pSrc, Vqc8u*
     if (flushState != 0) return ownHuffFlush(pDst, dstLenBytes, pDstCurrPos, pState);
     if (VqcStatus st = Check().ptr(pSrc).ptr(table)) return st;
     const int32_t v = *pSrc;
-    const uint32_t c = ownHuffCategory(static_cast<uint32_t>(v < 0 ? -v : v));
+    const uint32_t c = ownHuffCategory(magnitude(v));
     // Category 16 (-32768) is complete without value bits, as lossless JPEG has it.
     if (VqcStatus st = ownHuffWriteCode(table->codeWord[c], pDst, dstLenBytes, pDstCurrPos, pState)) return st;
     if (c == 0 || c >= 16) return vqcStatusOk;
@@ -238,21 +284,13 @@ VQCJ_API VqcStatus vqciEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const Vqc16s* pSrc,
                                                               Vqc16s* lastDC, const VqciEncodeHuffmanSpec* dcTable,
                                                               const VqciEncodeHuffmanSpec* acTable) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(pDst).ptr(pDstBitsLen).ptr(lastDC).ptr(dcTable).ptr(acTable)) return st;
-    DirectSink out{pDst, static_cast<uint32_t>(*pDstBitsLen)};
-    const int32_t diff = pSrc[0] - *lastDC;
-    *lastDC = pSrc[0];
-    const uint32_t dcCat = ownHuffCategory(static_cast<uint32_t>(diff < 0 ? -diff : diff));
-    out.symbol(dcTable->codeWord[dcCat], diff, dcCat);
-    uint32_t trailing = 0;
-    ownHuffWalkAC(pSrc, &trailing, [&](uint32_t r, int32_t v) {
-        for (; r > 15; r -= 16) out.symbol(acTable->codeWord[0xF0], 0, 0);
-        const uint32_t c = ownHuffCategory(static_cast<uint32_t>(v < 0 ? -v : v));
-        const uint32_t sym = r * 16 + c;
-        out.symbol(sym < 256 ? acTable->codeWord[sym] : 0, v, c);
+    // Far below the end of the position's range, which the exact writer
+    // would wrap around.
+    if (static_cast<uint32_t>(*pDstBitsLen) < 0xFFFF0000u) {
+        fastBlockDirect(pSrc, pDst, pDstBitsLen, lastDC, dcTable, acTable);
         return vqcStatusOk;
-    });
-    if (trailing > 0) out.symbol(acTable->codeWord[0], 0, 0);
-    *pDstBitsLen = static_cast<int32_t>(out.pos);
+    }
+    ownHuffEncodeBlockDirectExact(pSrc, pDst, pDstBitsLen, lastDC, dcTable, acTable);
     return vqcStatusOk;
 }
 
@@ -261,13 +299,13 @@ VQCJ_API VqcStatus vqciGetHuffmanStatistics8x8_JPEG_16s_C1(const Vqc16s* pSrc, V
     if (VqcStatus st = Check().ptr(pSrc).ptr(dcStatistics).ptr(acStatistics).ptr(lastDC)) return st;
     const int32_t diff = pSrc[0] - *lastDC;
     *lastDC = pSrc[0];
-    const uint32_t dcCat = ownHuffCategory(static_cast<uint32_t>(diff < 0 ? -diff : diff));
+    const uint32_t dcCat = ownHuffCategory(magnitude(diff));
     if (dcCat > 15) return vqcStatusBadHuffmanCode;
     dcStatistics[dcCat] = addW(dcStatistics[dcCat], 1);
     uint32_t trailing = 0;
     const VqcStatus st = ownHuffWalkAC(pSrc, &trailing, [&](uint32_t r, int32_t v) -> VqcStatus {
         acStatistics[0xF0] = addW(acStatistics[0xF0], static_cast<int32_t>(r / 16));
-        const uint32_t c = ownHuffCategory(static_cast<uint32_t>(v < 0 ? -v : v));
+        const uint32_t c = ownHuffCategory(magnitude(v));
         if (c > 14) return vqcStatusBadHuffmanCode;
         const uint32_t sym = (r & 15) * 16 + c;
         acStatistics[sym] = addW(acStatistics[sym], 1);
@@ -281,7 +319,7 @@ VQCJ_API VqcStatus vqciGetHuffmanStatistics8x8_JPEG_16s_C1(const Vqc16s* pSrc, V
 VQCJ_API VqcStatus vqciGetHuffmanStatisticsOne_JPEG_16s_C1(const Vqc16s* pSrc, Vqc32s* statistics) {
     if (VqcStatus st = Check().ptr(pSrc).ptr(statistics)) return st;
     const int32_t v = *pSrc;
-    const uint32_t c = ownHuffCategory(static_cast<uint32_t>(v < 0 ? -v : v));
+    const uint32_t c = ownHuffCategory(magnitude(v));
     if (c > 16) return vqcStatusBadRange;
     statistics[c] = addW(statistics[c], 1);
     return vqcStatusOk;

@@ -39,23 +39,27 @@ VqcStatus checkAcDecode(const Vqc8u* pSrc, int32_t srcLenBytes, const int32_t* p
 
 // Bit k set for each non-zero coefficient at zig-zag position k of Ss..Se.
 uint64_t bandMask(const Vqc16s* pSrc, int32_t Ss, int32_t Se) {
-    int16_t zz[64];
-    uint64_t mask = ownHuffNonZeroMask(pSrc, zz) >> Ss << Ss;
-    return Se < 63 ? mask & ((uint64_t{2} << Se) - 1) : mask;
+    return ownHuffZigzagMask(pSrc) & (~uint64_t{0} >> (63 - Se) >> Ss << Ss);
 }
 
 uint32_t magnitude(int32_t v) { return static_cast<uint32_t>(v < 0 ? -v : v); }
 
-// The writer with its destination, for the passes' many small writes.
+// Room that no AC block can exceed: up to 1024 correction bits, two EOB
+// runs of 60 bits, 63 symbols of 17 bits and three 0xF0 codes in a
+// refinement pass (fewer in a first pass) is 2263 bits; doubled for
+// stuffing.
+constexpr int32_t kBlockRoom = 640;
+
+// The writer with its destination and table, for the passes' many small
+// writes; Bits is HuffExactBits, or HuffFastBits where the room is known.
+template <class Bits>
 struct Writer {
-    Vqc8u* dst;
-    int32_t len;
-    int32_t* pPos;
+    Bits out;
     VqciEncodeHuffmanState* st;
     const VqciEncodeHuffmanSpec* table;
 
-    VqcStatus code(uint32_t sym) { return ownHuffWriteCode(table->codeWord[sym], dst, len, pPos, st); }
-    VqcStatus bits(uint32_t v, uint32_t n) { return ownHuffWriteBits(v, static_cast<int32_t>(n), dst, len, pPos, st); }
+    VqcStatus code(uint32_t sym) { return out.code(table->codeWord[sym]); }
+    VqcStatus bits(uint32_t v, uint32_t n) { return out.bits(v, n); }
 
     // Buffered correction bits, up to 16 to a write.
     VqcStatus corrections(const uint8_t* b, int32_t n) {
@@ -111,18 +115,21 @@ VqcStatus countEobRun(Vqc32s* stats, VqciEncodeHuffmanState* st) {
     return vqcStatusOk;
 }
 
-// Refinement magnitudes of the band, a mask of the non-zero ones, and the
-// last position that becomes newly non-zero (0 when none).
-uint32_t refineMagnitudes(const Vqc16s* pSrc, int32_t Ss, int32_t Se, int32_t Al, uint32_t a[64], uint64_t* nonZero) {
-    uint32_t lastNew = 0;
-    uint64_t mask = 0;
-    for (int32_t k = Ss; k <= Se; ++k) {
-        a[k] = magnitude(pSrc[ownZigzag[k]]) >> Al;
-        mask |= static_cast<uint64_t>(a[k] != 0) << k;
-        lastNew = a[k] == 1 ? static_cast<uint32_t>(k) : lastNew;
+// Refinement magnitudes of the block in natural order, a mask of the
+// band's non-zero ones in zig-zag order, and the last position of the band
+// that becomes newly non-zero (0 when none). Natural order lets compilers
+// work on vectors; the zig-zag order comes from the masks.
+uint32_t refineMagnitudes(const Vqc16s* pSrc, int32_t Ss, int32_t Se, int32_t Al, uint16_t a[64], uint64_t* nonZero) {
+    uint8_t nz[64], one[64];
+    for (int i = 0; i < 64; ++i) {
+        a[i] = static_cast<uint16_t>(magnitude(pSrc[i]) >> Al);
+        nz[i] = a[i] != 0;
+        one[i] = a[i] == 1;
     }
-    *nonZero = mask;
-    return lastNew;
+    const uint64_t band = ~uint64_t{0} >> (63 - Se) >> Ss << Ss;
+    *nonZero = ownHuffZigzagBits(nz) & band;
+    const uint64_t ones = ownHuffZigzagBits(one) & band;
+    return ones != 0 ? 63 - static_cast<uint32_t>(__builtin_clzll(ones)) : 0;
 }
 
 // The AC refinement walk, shared by the encoder and its statistics pass so
@@ -134,7 +141,7 @@ uint32_t refineMagnitudes(const Vqc16s* pSrc, int32_t Ss, int32_t Se, int32_t Al
 // positive, be, br) a newly non-zero coefficient with the br bits after it.
 template <class Sink>
 VqcStatus refineWalk(Sink& out, const Vqc16s* pSrc, int32_t Ss, int32_t Se, int32_t Al, VqciEncodeHuffmanState* st) {
-    uint32_t a[64];
+    uint16_t a[64];
     uint64_t nonZero;
     const uint32_t lastNew = refineMagnitudes(pSrc, Ss, Se, Al, a, &nonZero);
     int32_t be = st->correctionCount, br = 0;
@@ -144,7 +151,7 @@ VqcStatus refineWalk(Sink& out, const Vqc16s* pSrc, int32_t Ss, int32_t Se, int3
         const uint32_t k = static_cast<uint32_t>(__builtin_ctzll(nonZero));
         r += k - prev - 1;
         prev = k;
-        const uint32_t t = a[k];
+        const uint32_t t = a[ownZigzag[k]];
         // Runs of 16 zeros are coded only where a new coefficient follows;
         // others become part of the EOB run.
         if (r > 15 && k <= lastNew) {
@@ -175,8 +182,9 @@ VqcStatus refineWalk(Sink& out, const Vqc16s* pSrc, int32_t Ss, int32_t Se, int3
     return vqcStatusOk;
 }
 
+template <class Bits>
 struct RefineWriter {
-    Writer w;
+    Writer<Bits>& w;
     uint8_t* buf;
 
     // On failure the bits still wait.
@@ -229,6 +237,21 @@ struct RefineCounter {
     }
 };
 
+// Runs pass(writer) through the fast writer when the destination has room
+// for any block, else through the exact one.
+template <class Pass>
+VqcStatus withWriter(Vqc8u* pDst, int32_t dstLenBytes, int32_t* pDstCurrPos, VqciEncodeHuffmanState* pState,
+                     const VqciEncodeHuffmanSpec* table, Pass&& pass) {
+    if (HuffFastWriter::fits(dstLenBytes, *pDstCurrPos, kBlockRoom, pState)) {
+        Writer<HuffFastBits> w{{HuffFastWriter::fromState(pDst, *pDstCurrPos, pState)}, pState, table};
+        const VqcStatus st = pass(w);
+        w.out.w.toState(pDst, pDstCurrPos, pState);
+        return st;
+    }
+    Writer<HuffExactBits> w{{pDst, dstLenBytes, pDstCurrPos, pState}, pState, table};
+    return pass(w);
+}
+
 }  // namespace
 
 }  // namespace vqcj
@@ -251,7 +274,7 @@ VQCJ_API VqcStatus vqciEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const Vqc16s* pSrc
     *lastDC = static_cast<Vqc16s>(t);
     const uint32_t c = ownHuffCategory(magnitude(diff));
     if (c > 11) return vqcStatusBadHuffmanCode;
-    Writer w{pDst, dstLenBytes, pDstCurrPos, pState, dcTable};
+    Writer<HuffExactBits> w{{pDst, dstLenBytes, pDstCurrPos, pState}, pState, dcTable};
     if (VqcStatus st = w.code(c); st != vqcStatusOk || c == 0) return st;
     return w.bits(extraBits(diff), c);
 }
@@ -332,8 +355,8 @@ VQCJ_API VqcStatus vqciEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const Vqc16s* pSrc
                                                                int32_t Al, const VqciEncodeHuffmanSpec* acTable,
                                                                VqciEncodeHuffmanState* pState, int32_t flushState) {
     if (VqcStatus st = Check().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(acTable).ptr(pState)) return st;
-    Writer w{pDst, dstLenBytes, pDstCurrPos, pState, acTable};
     if (flushState != 0) {
+        Writer<HuffExactBits> w{{pDst, dstLenBytes, pDstCurrPos, pState}, pState, acTable};
         // Failures of the run and of the correction bits are dropped: the
         // status is that of the padding.
         if (w.emitEobRun() == vqcStatusOk) {
@@ -343,32 +366,34 @@ VQCJ_API VqcStatus vqciEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const Vqc16s* pSrc
         return ownHuffFlush(pDst, dstLenBytes, pDstCurrPos, pState);
     }
     if (VqcStatus st = Check().ptr(pSrc).fail(badScan(Ss, Se, Al), vqcStatusBadArg)) return st;
-    // Zeros, and coefficients that shift to zero, only add to the run.
-    uint32_t r = 0, prev = static_cast<uint32_t>(Ss) - 1;
-    for (uint64_t nz = bandMask(pSrc, Ss, Se); nz != 0; nz &= nz - 1) {
-        const uint32_t k = static_cast<uint32_t>(__builtin_ctzll(nz));
-        const int32_t v = pSrc[ownZigzag[k]];
-        const uint32_t t = magnitude(v) >> Al;
-        if (t == 0) continue;
-        r += k - prev - 1;
-        prev = k;
-        if (VqcStatus st = w.emitEobRun()) return st;
-        for (; r > 15; r -= 16)
-            if (VqcStatus st = w.code(0xF0)) return st;
-        const uint32_t n = ownHuffCategory(t);
-        if (n > 11) return vqcStatusBadHuffmanCode;
-        if (VqcStatus st = w.code(r * 16 + n)) return st;
-        if (VqcStatus st = w.bits(v < 0 ? ~t : t, n)) return st;
-        r = 0;
-    }
-    r += static_cast<uint32_t>(Se) - prev;
-    if (r < 1) return vqcStatusOk;
-    if (++pState->eobRun == kMaxEobRun) {
-        if (VqcStatus st = w.code(0xE0); st != vqcStatusOk) return st;
-        if (VqcStatus st = w.bits(kMaxEobRun, 14); st != vqcStatusOk) return st;
-        pState->eobRun = 0;
-    }
-    return vqcStatusOk;
+    return withWriter(pDst, dstLenBytes, pDstCurrPos, pState, acTable, [&](auto& w) -> VqcStatus {
+        // Zeros, and coefficients that shift to zero, only add to the run.
+        uint32_t r = 0, prev = static_cast<uint32_t>(Ss) - 1;
+        for (uint64_t nz = bandMask(pSrc, Ss, Se); nz != 0; nz &= nz - 1) {
+            const uint32_t k = static_cast<uint32_t>(__builtin_ctzll(nz));
+            const int32_t v = pSrc[ownZigzag[k]];
+            const uint32_t t = magnitude(v) >> Al;
+            if (t == 0) continue;
+            r += k - prev - 1;
+            prev = k;
+            if (VqcStatus st = w.emitEobRun()) return st;
+            for (; r > 15; r -= 16)
+                if (VqcStatus st = w.code(0xF0)) return st;
+            const uint32_t n = ownHuffCategory(t);
+            if (n > 11) return vqcStatusBadHuffmanCode;
+            if (VqcStatus st = w.code(r * 16 + n)) return st;
+            if (VqcStatus st = w.bits(v < 0 ? ~t : t, n)) return st;
+            r = 0;
+        }
+        r += static_cast<uint32_t>(Se) - prev;
+        if (r < 1) return vqcStatusOk;
+        if (++pState->eobRun == kMaxEobRun) {
+            if (VqcStatus st = w.code(0xE0); st != vqcStatusOk) return st;
+            if (VqcStatus st = w.bits(kMaxEobRun, 14); st != vqcStatusOk) return st;
+            pState->eobRun = 0;
+        }
+        return vqcStatusOk;
+    });
 }
 
 VQCJ_API VqcStatus vqciGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(const Vqc16s* pSrc, Vqc32s* acStatistics,
@@ -452,9 +477,9 @@ VQCJ_API VqcStatus vqciEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const Vqc16s* pSr
                                                                 int32_t Al, const VqciEncodeHuffmanSpec* acTable,
                                                                 VqciEncodeHuffmanState* pState, int32_t flushState) {
     if (VqcStatus st = Check().ptr(pDst).size(dstLenBytes).ptr(pDstCurrPos).ptr(acTable).ptr(pState)) return st;
-    Writer w{pDst, dstLenBytes, pDstCurrPos, pState, acTable};
     uint8_t* buf = pState->correctionBits;
     if (flushState != 0) {
+        Writer<HuffExactBits> w{{pDst, dstLenBytes, pDstCurrPos, pState}, pState, acTable};
         // The first failure is kept, unless the padding fails too.
         VqcStatus first = w.emitEobRun();
         if (first == vqcStatusOk) {
@@ -469,8 +494,10 @@ VQCJ_API VqcStatus vqciEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const Vqc16s* pSr
                            .fail(badScan(Ss, Se, Al), vqcStatusBadArg)
                            .fail(static_cast<uint32_t>(pState->correctionCount) > kMaxCorrectionCount, vqcStatusBadArg))
         return st;
-    RefineWriter out{w, buf};
-    return refineWalk(out, pSrc, Ss, Se, Al, pState);
+    return withWriter(pDst, dstLenBytes, pDstCurrPos, pState, acTable, [&](auto& w) {
+        RefineWriter out{w, buf};
+        return refineWalk(out, pSrc, Ss, Se, Al, pState);
+    });
 }
 
 VQCJ_API VqcStatus vqciGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const Vqc16s* pSrc, Vqc32s* acStatistics,
