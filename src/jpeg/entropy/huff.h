@@ -278,13 +278,26 @@ struct HuffReader {
     }
 };
 
+// Bits that the exact reader fetches before a step that needs n bits (up to
+// 16) with c bits at hand (up to 32): none from n on, else a byte at a time
+// up to 25 or more, which is floor((32 - c) / 8) bytes.
+struct FetchTable {
+    uint8_t v[17][64];
+};
+constexpr FetchTable makeFetchTable() {
+    FetchTable t{};
+    for (int n = 0; n <= 16; ++n)
+        for (int c = 0; c < n; ++c) t.v[n][c] = static_cast<uint8_t>((32 - c) & ~7);
+    return t;
+}
+inline constexpr FetchTable ownHuffFetched = makeFetchTable();
+
 // The fast reader, for stretches of plain bytes. The exact reader above
 // fetches only when its count is below what the next step needs (8 before a
 // lookup; 9 before a long code, then 1 before each further bit; s before s
-// value bits), and then a byte at a time up to 25 or more, which from a
-// count c is floor((32 - c) / 8) bytes. Its count thus follows from the bits
-// taken and those trigger points alone, whatever the bytes; `cnt` replays it
-// (need()). The 64-bit buffer meanwhile holds `bits` loaded bits, eight
+// value bits), and then a byte at a time up to 25 or more. Its count thus
+// follows from the bits taken and those trigger points alone, whatever the
+// bytes; `cnt` replays it (need()). The 64-bit buffer meanwhile holds `bits` loaded bits, eight
 // bytes a load, and every bit taken lowers both counts.
 //
 // Each step (a symbol and its value, at most 16 + 15 bits) begins with at
@@ -322,13 +335,18 @@ struct HuffFastReader {
     bool refill() {
         uint64_t w = 0;
         if constexpr (Direct) {
-            uint32_t n = 0;
-            for (; n < 4; ++n) {
-                const uint64_t c = next[n];
-                if (c == 0xFF) break;
-                w |= c << (56 - 8 * n);
+            // Two bytes a step cover most steps; two more when they do not.
+            for (int i = 0; i < 2; ++i) {
+                uint32_t n = 0;
+                for (w = 0; n < 2; ++n) {
+                    const uint64_t c = next[n];
+                    if (c == 0xFF) break;
+                    w |= c << (56 - 8 * n);
+                }
+                if (load(w, n)) return true;
+                if (n < 2) return false;
             }
-            return load(w, n);
+            return false;
         } else {
             if (next > last) return bits >= 48;
             std::memcpy(&w, next, 8);
@@ -356,10 +374,9 @@ struct HuffFastReader {
         return bits >= 48;
     }
 
-    // The exact reader's fetch before a step that needs n bits, without a
-    // branch (whether it fetches is as good as random; compilers turn the
-    // plain condition into a jump).
-    void need(int32_t n) { cnt += (32 - cnt) & ~7 & ((cnt - n) >> 31); }
+    // The exact reader's fetch before a step that needs n bits, from a
+    // table: whether it fetches is as good as random, so a branch would miss.
+    void need(int32_t n) { cnt += ownHuffFetched.v[n][cnt]; }
     void skip(uint32_t n) {
         buf <<= n;
         bits -= static_cast<int32_t>(n);
