@@ -457,6 +457,21 @@ struct HuffFastReader {
     }
 };
 
+// Runs steps(fast reader) when the exact reader's state allows it (no
+// marker met, a count of at most 32, eight bytes left) and hands the state
+// back; true when the steps finished the work.
+template <class Steps>
+inline bool ownHuffFastSteps(HuffReader& r, Steps&& steps) {
+    if (*r.marker != 0 || r.pos < 0 || r.pos > r.len - 8 || static_cast<uint32_t>(r.cnt) > 32) return false;
+    const uint32_t pos0 = static_cast<uint32_t>(r.pos);
+    HuffFastReader<false> f(r.src, r.len, pos0, r.acc, r.cnt);
+    const bool done = steps(f);
+    r.pos = static_cast<int32_t>(f.pos(r.src));
+    r.cnt = f.cnt;
+    r.acc = HuffFastReader<false>::acc(r.src, pos0, r.acc, static_cast<uint32_t>(r.pos));
+    return done;
+}
+
 // The block decoders, with the fast reader or with the exact one alone.
 VqcStatus ownHuffDecode8x8(const Vqc8u* pSrc, int32_t srcLenBytes, int32_t* pSrcCurrPos, Vqc16s* pDst,
                            Vqc16s* lastDC, int32_t* pMarker, const VqciDecodeHuffmanSpec* dcTable,

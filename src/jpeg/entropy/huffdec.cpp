@@ -194,18 +194,12 @@ VqcStatus decode8x8(const Vqc8u* pSrc, int32_t srcLenBytes, int32_t* pSrcCurrPos
     std::memset(pDst, 0, 64 * sizeof(Vqc16s));
     HuffReader r(pSrc, srcLenBytes, pSrcCurrPos, pMarker, pState);
     uint32_t k = 0;
-    if (Fast && *pMarker == 0 && r.pos >= 0 && r.pos <= srcLenBytes - 8 && static_cast<uint32_t>(r.cnt) <= 32) {
-        const uint32_t pos0 = static_cast<uint32_t>(r.pos);
-        HuffFastReader<false> f(pSrc, srcLenBytes, pos0, r.acc, r.cnt);
-        const bool done = fastSteps(f, pDst, lastDC, dcTable, acTable, k);
-        r.pos = static_cast<int32_t>(f.pos(pSrc));
-        r.cnt = f.cnt;
-        r.acc = f.acc(pSrc, pos0, r.acc, static_cast<uint32_t>(r.pos));
-        if (done) {
-            r.store(pSrcCurrPos, pState);
-            pState->coefCount = static_cast<int32_t>(k);
-            return vqcStatusOk;
-        }
+    if (Fast && ownHuffFastSteps(r, [&](HuffFastReader<false>& f) {
+            return fastSteps(f, pDst, lastDC, dcTable, acTable, k);
+        })) {
+        r.store(pSrcCurrPos, pState);
+        pState->coefCount = static_cast<int32_t>(k);
+        return vqcStatusOk;
     }
     return exactSteps(r, k, pDst, lastDC, dcTable, acTable, pSrcCurrPos, pState);
 }
