@@ -312,9 +312,9 @@ inline constexpr FetchTable ownHuffFetched = makeFetchTable();
 // from such a point, where the two agree.
 //
 // Direct: the reader of the Direct block decoder, which has no length. It
-// loads four bytes a step, each only after the one before it proved not to
-// be 0xFF, so nothing past the closing marker is read; its exact reader
-// fetches for a long code once, below 16 bits.
+// loads byte by byte, each only after the one before it proved not to be
+// 0xFF, so nothing past the closing marker is read; its exact reader fetches
+// for a long code once, below 16 bits.
 template <bool Direct>
 struct HuffFastReader {
     const Vqc8u* next;  // the next byte to load
@@ -335,7 +335,7 @@ struct HuffFastReader {
     bool refill() {
         uint64_t w = 0;
         if constexpr (Direct) {
-            // Two bytes a step cover most steps; two more when they do not.
+            // Two bytes cover most steps; two more when they do not.
             for (int i = 0; i < 2; ++i) {
                 uint32_t n = 0;
                 for (w = 0; n < 2; ++n) {

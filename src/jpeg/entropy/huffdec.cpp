@@ -96,7 +96,7 @@ template <bool Direct>
                                              const VqciDecodeHuffmanSpec* dcTable,
                                              const VqciDecodeHuffmanSpec* acTable, uint32_t& k) {
     uint32_t sym;
-    // The Direct loads come four bytes at a time, so twice at the start.
+    // A Direct load brings four bytes at most, so twice at the start.
     if (!(f.refill() || (Direct && f.refill())) || !f.decode(dcTable, &sym)) return false;
     if (const uint32_t s = sym & 15) *lastDC = static_cast<Vqc16s>(*lastDC + f.value(0, s));
     pDst[0] = *lastDC;
