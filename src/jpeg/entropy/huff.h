@@ -162,6 +162,18 @@ inline VqcStatus ownHuffFlush(Vqc8u* pDst, int32_t dstLenBytes, int32_t* pDstCur
 
 // ---- reader ---------------------------------------------------------------
 
+// The symbol of an l-bit code in the long-code search; kHuffNoMatch when
+// the code lies beyond the last of its length (or the length has none, its
+// 0xFFFF reading as none), kHuffBadIndex when the list overfills a length
+// and so points outside its values.
+inline constexpr int32_t kHuffNoMatch = -1, kHuffBadIndex = -2;
+inline int32_t ownHuffMatch(const VqciDecodeHuffmanSpec* t, uint32_t l, uint32_t code) {
+    const uint32_t maxc = t->maxCode[l];
+    if (maxc == 0xFFFF || code > maxc) return kHuffNoMatch;
+    const uint32_t idx = t->valPtr[l] - static_cast<uint32_t>(t->minCode[l]) + code;
+    return idx > 255 ? kHuffBadIndex : t->huffVal[idx];
+}
+
 // The reader's fields held in locals for the length of one call; load from
 // and store to the caller's state and position around the work.
 struct HuffReader {
@@ -245,12 +257,9 @@ struct HuffReader {
         }
         uint32_t code = take(l);
         for (;;) {
-            const uint32_t maxc = t->maxCode[l];
-            if (maxc != 0xFFFF && code <= maxc) {
-                // Only lists that overfill a length can point outside them.
-                const uint32_t idx = t->valPtr[l] - static_cast<uint32_t>(t->minCode[l]) + code;
-                if (idx > 255) break;
-                *sym = t->huffVal[idx];
+            if (const int32_t m = ownHuffMatch(t, l, code); m != kHuffNoMatch) {
+                if (m < 0) break;
+                *sym = static_cast<uint32_t>(m);
                 return vqcStatusOk;
             }
             if (cnt < 1) {
@@ -423,11 +432,9 @@ struct HuffFastReader {
         need(Direct ? 16 : 9);
         uint32_t l = 9, code = take(9);
         for (;;) {
-            const uint32_t maxc = t->maxCode[l];
-            if (maxc != 0xFFFF && code <= maxc) {
-                const uint32_t idx = t->valPtr[l] - static_cast<uint32_t>(t->minCode[l]) + code;
-                if (idx > 255) break;
-                *sym = t->huffVal[idx];
+            if (const int32_t m = ownHuffMatch(t, l, code); m != kHuffNoMatch) {
+                if (m < 0) break;
+                *sym = static_cast<uint32_t>(m);
                 return true;
             }
             if (++l > 16) break;

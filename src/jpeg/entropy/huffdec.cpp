@@ -60,11 +60,7 @@ struct DirectReader {
         if (count < 9) return kEndOfData;
         uint32_t l = 9, code = take(9);
         for (;;) {
-            const uint32_t maxc = t->maxCode[l];
-            if (maxc != 0xFFFF && code <= maxc) {
-                const uint32_t i = t->valPtr[l] - static_cast<uint32_t>(t->minCode[l]) + code;
-                return i > 255 ? kTooLong : t->huffVal[i];
-            }
+            if (const int32_t m = ownHuffMatch(t, l, code); m != kHuffNoMatch) return m < 0 ? kTooLong : m;
             if (++l > 16) return kTooLong;
             if (count < 1) return kEndOfData;
             code = (code << 1) | take(1);
