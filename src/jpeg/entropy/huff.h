@@ -236,7 +236,7 @@ struct HuffReader {
     uint32_t peek(uint32_t n) const { return (acc >> ((cnt - static_cast<int32_t>(n)) & 31)) & lowMask(n); }
     uint32_t take(uint32_t n) {
         const uint32_t v = peek(n);
-        cnt -= static_cast<int32_t>(n);
+        cnt -= n;
         return v;
     }
 
@@ -287,27 +287,35 @@ struct HuffReader {
     }
 };
 
-// Bits that the exact reader fetches before a step that needs n bits (up to
-// 16) with c bits at hand (up to 32): none from n on, else a byte at a time
-// up to 25 or more, which is floor((32 - c) / 8) bytes.
-struct FetchTable {
-    uint8_t v[17][64];
+// The fast reader's tables, side by side so that one base reaches them all.
+// fetched: bits that the exact reader fetches before a step that needs n
+// bits (up to 16) with c bits at hand (up to 32): none from n on, else a
+// byte at a time up to 25 or more, which is floor((32 - c) / 8) bytes.
+// negative: 1 - 2^s, added to s value bits whose top bit is clear.
+// zigzag: ownZigzag again.
+struct HuffFastTables {
+    uint8_t fetched[17][64];
+    uint32_t negative[16];
+    uint8_t zigzag[80];
 };
-constexpr FetchTable makeFetchTable() {
-    FetchTable t{};
+constexpr HuffFastTables makeHuffFastTables() {
+    HuffFastTables t{};
     for (int n = 0; n <= 16; ++n)
-        for (int c = 0; c < n; ++c) t.v[n][c] = static_cast<uint8_t>((32 - c) & ~7);
+        for (int c = 0; c < n; ++c) t.fetched[n][c] = static_cast<uint8_t>((32 - c) & ~7);
+    for (uint32_t s = 0; s < 16; ++s) t.negative[s] = 1u - (1u << s);
+    for (int k = 0; k < 80; ++k) t.zigzag[k] = ownZigzag[k];
     return t;
 }
-inline constexpr FetchTable ownHuffFetched = makeFetchTable();
+inline constexpr HuffFastTables ownHuffFast = makeHuffFastTables();
 
 // The fast reader, for stretches of plain bytes. The exact reader above
 // fetches only when its count is below what the next step needs (8 before a
 // lookup; 9 before a long code, then 1 before each further bit; s before s
 // value bits), and then a byte at a time up to 25 or more. Its count thus
 // follows from the bits taken and those trigger points alone, whatever the
-// bytes; `cnt` replays it (need()). The 64-bit buffer meanwhile holds `bits` loaded bits, eight
-// bytes a load, and every bit taken lowers both counts.
+// bytes; `cnt` replays it (need()). The 64-bit buffer meanwhile holds `bits`
+// loaded bits, up to eight bytes a load, and every bit taken lowers both
+// counts.
 //
 // Each step (a symbol and its value, at most 16 + 15 bits) begins with at
 // least 48 bits loaded. A replayed fetch inside it comes after at most 16 of
@@ -330,7 +338,7 @@ struct HuffFastReader {
     const Vqc8u* last;  // the last place an 8-byte load may start (not Direct)
     uint64_t buf;       // unread bits from the top; below them bytes from next on, or zeros
     int32_t bits;       // unread bits loaded, 0 to 63
-    int32_t cnt;        // the exact reader's count, 0 to 32, never above bits
+    uint32_t cnt;       // the exact reader's count, 0 to 32, never above bits
 
     // Not Direct: at least 8 bytes from pos to len. count from 0 to 32.
     HuffFastReader(const Vqc8u* src, int32_t len, uint32_t pos, uint32_t acc, int32_t count)
@@ -338,7 +346,7 @@ struct HuffFastReader {
           last(Direct ? src : src + (len - 8)),
           buf((uint64_t{acc} << 32) << (32 - count)),
           bits(count),
-          cnt(count) {}
+          cnt(static_cast<uint32_t>(count)) {}
 
     // Loads what fits; true when a step can begin, with at least 48 bits.
     bool refill() {
@@ -385,11 +393,11 @@ struct HuffFastReader {
 
     // The exact reader's fetch before a step that needs n bits, from a
     // table: whether it fetches is as good as random, so a branch would miss.
-    void need(int32_t n) { cnt += ownHuffFetched.v[n][cnt]; }
+    void need(uint32_t n) { cnt += ownHuffFast.fetched[n][cnt]; }
     void skip(uint32_t n) {
         buf <<= n;
         bits -= static_cast<int32_t>(n);
-        cnt -= static_cast<int32_t>(n);
+        cnt -= n;
     }
     // n from 1 to 16.
     uint32_t take(uint32_t n) {
@@ -400,17 +408,15 @@ struct HuffFastReader {
     // Skips the len bits of a code, then takes s value bits (1 to 15),
     // extended: a clear top bit makes the value negative.
     int32_t value(uint32_t len, uint32_t s) {
-        cnt -= static_cast<int32_t>(len);
-        need(static_cast<int32_t>(s));
-        cnt -= static_cast<int32_t>(s);
+        cnt -= len;
+        need(s);
+        cnt -= s;
         const uint64_t v = buf << len;
         buf <<= len + s;
         bits -= static_cast<int32_t>(len + s);
-        static constexpr uint32_t kNegative[16] = {0,          -1u,    -3u,    -7u,    -15u,   -31u,    -63u,    -127u,
-                                                   -255u,      -511u,  -1023u, -2047u, -4095u, -8191u, -16383u, -32767u};
         // Masked rather than chosen: the sign is random, a branch would miss.
         const uint32_t negative = static_cast<uint32_t>(v >> 63) - 1;
-        return static_cast<int32_t>(static_cast<uint32_t>(v >> (64 - s)) + (kNegative[s] & negative));
+        return static_cast<int32_t>(static_cast<uint32_t>(v >> (64 - s)) + (ownHuffFast.negative[s] & negative));
     }
 
     // A symbol; false, with the state as at the start of the symbol's
@@ -428,7 +434,8 @@ struct HuffFastReader {
     }
     bool decodeLong(const VqciDecodeHuffmanSpec* t, uint32_t* sym) {
         const uint64_t buf0 = buf;
-        const int32_t bits0 = bits, cnt0 = cnt;
+        const int32_t bits0 = bits;
+        const uint32_t cnt0 = cnt;
         need(Direct ? 16 : 9);
         uint32_t l = 9, code = take(9);
         for (;;) {
@@ -447,7 +454,7 @@ struct HuffFastReader {
 
     // Where the exact reader stands, given where it stood at the start.
     uint32_t pos(const Vqc8u* src) const {
-        return static_cast<uint32_t>(next - src) - static_cast<uint32_t>(bits - cnt) / 8;
+        return static_cast<uint32_t>(next - src) - (static_cast<uint32_t>(bits) - cnt) / 8;
     }
     // Its register: the last four bytes it fetched, after those of the
     // register it started with.
@@ -474,7 +481,7 @@ inline bool ownHuffFastSteps(HuffReader& r, Steps&& steps) {
     HuffFastReader<false> f(r.src, r.len, pos0, r.acc, r.cnt);
     const bool done = steps(f);
     r.pos = static_cast<int32_t>(f.pos(r.src));
-    r.cnt = f.cnt;
+    r.cnt = static_cast<int32_t>(f.cnt);
     r.acc = HuffFastReader<false>::acc(r.src, pos0, r.acc, static_cast<uint32_t>(r.pos));
     return done;
 }

@@ -112,7 +112,7 @@ template <bool Direct>
         }
         if (const uint32_t s = sym & 15) {
             k += sym >> 4;
-            pDst[ownZigzag[k++]] = static_cast<Vqc16s>(f.value(len, s));
+            pDst[ownHuffFast.zigzag[k++]] = static_cast<Vqc16s>(f.value(len, s));
         } else {
             // End of block; runs of 16 and above (no table of Init's has
             // them) end it in the Direct form and not in the other, as in
@@ -258,7 +258,7 @@ VqcStatus decode8x8Direct(const Vqc8u* pSrc, int32_t* pSrcBitsLen, Vqc16s* pDst,
         HuffFastReader<true> f(pSrc, 0, pos0, r.bits, r.count);
         const bool done = fastSteps(f, pDst, lastDC, dcTable, acTable, k);
         r.pos = f.pos(pSrc);
-        r.count = f.cnt;
+        r.count = static_cast<int32_t>(f.cnt);
         r.bits = f.acc(pSrc, pos0, r.bits, r.pos);
         if (done) {
             *pSrcBitsLen = static_cast<int32_t>(r.pos * 8);
