@@ -257,9 +257,12 @@ struct HuffReader {
         }
         uint32_t code = take(l);
         for (;;) {
-            if (const int32_t m = ownHuffMatch(t, l, code); m != kHuffNoMatch) {
-                if (m < 0) break;
-                *sym = static_cast<uint32_t>(m);
+            const uint32_t maxc = t->maxCode[l];
+            if (maxc != 0xFFFF && code <= maxc) {
+                // Only lists that overfill a length can point outside them.
+                const uint32_t idx = t->valPtr[l] - static_cast<uint32_t>(t->minCode[l]) + code;
+                if (idx > 255) break;
+                *sym = t->huffVal[idx];
                 return vqcStatusOk;
             }
             if (cnt < 1) {
