@@ -455,7 +455,7 @@ struct HuffFastReader {
         return false;
     }
 
-    // Where the exact reader stands, given where it stood at the start.
+    // Where the exact reader stands.
     uint32_t pos(const Vqc8u* src) const {
         return static_cast<uint32_t>(next - src) - (static_cast<uint32_t>(bits) - cnt) / 8;
     }
