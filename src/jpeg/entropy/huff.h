@@ -305,6 +305,18 @@ void ownHuffEncodeBlockDirectExact(const Vqc16s* pSrc, Vqc8u* pDst, int32_t* pDs
 
 // ---- reader ---------------------------------------------------------------
 
+// The symbol of an l-bit code in the long-code search; kHuffNoMatch when
+// the code lies beyond the last of its length (or the length has none, its
+// 0xFFFF reading as none), kHuffBadIndex when the list overfills a length
+// and so points outside its values.
+inline constexpr int32_t kHuffNoMatch = -1, kHuffBadIndex = -2;
+inline int32_t ownHuffMatch(const VqciDecodeHuffmanSpec* t, uint32_t l, uint32_t code) {
+    const uint32_t maxc = t->maxCode[l];
+    if (maxc == 0xFFFF || code > maxc) return kHuffNoMatch;
+    const uint32_t idx = t->valPtr[l] - static_cast<uint32_t>(t->minCode[l]) + code;
+    return idx > 255 ? kHuffBadIndex : t->huffVal[idx];
+}
+
 // The reader's fields held in locals for the length of one call; load from
 // and store to the caller's state and position around the work.
 struct HuffReader {
@@ -367,7 +379,7 @@ struct HuffReader {
     uint32_t peek(uint32_t n) const { return (acc >> ((cnt - static_cast<int32_t>(n)) & 31)) & lowMask(n); }
     uint32_t take(uint32_t n) {
         const uint32_t v = peek(n);
-        cnt -= static_cast<int32_t>(n);
+        cnt -= n;
         return v;
     }
 
@@ -420,6 +432,214 @@ struct HuffReader {
         return decodeSlow(t, 9, sym);
     }
 };
+
+// The fast reader's tables, side by side so that one base reaches them all.
+// fetched: bits that the exact reader fetches before a step that needs n
+// bits (up to 16) with c bits at hand (up to 32): none from n on, else a
+// byte at a time up to 25 or more, which is floor((32 - c) / 8) bytes.
+// negative: 1 - 2^s, added to s value bits whose top bit is clear.
+// zigzag: ownZigzag again.
+struct HuffFastTables {
+    uint8_t fetched[17][64];
+    uint32_t negative[16];
+    uint8_t zigzag[80];
+};
+constexpr HuffFastTables makeHuffFastTables() {
+    HuffFastTables t{};
+    for (int n = 0; n <= 16; ++n)
+        for (int c = 0; c < n; ++c) t.fetched[n][c] = static_cast<uint8_t>((32 - c) & ~7);
+    for (uint32_t s = 0; s < 16; ++s) t.negative[s] = 1u - (1u << s);
+    for (int k = 0; k < 80; ++k) t.zigzag[k] = ownZigzag[k];
+    return t;
+}
+inline constexpr HuffFastTables ownHuffFast = makeHuffFastTables();
+
+// The fast reader, for stretches of plain bytes. The exact reader above
+// fetches only when its count is below what the next step needs (8 before a
+// lookup; 9 before a long code, then 1 before each further bit; s before s
+// value bits), and then a byte at a time up to 25 or more. Its count thus
+// follows from the bits taken and those trigger points alone, whatever the
+// bytes; `cnt` replays it (need()). The 64-bit buffer meanwhile holds `bits`
+// loaded bits, up to eight bytes a load, and every bit taken lowers both
+// counts.
+//
+// Each step (a symbol and its value, at most 16 + 15 bits) begins with at
+// least 48 bits loaded. A replayed fetch inside it comes after at most 16 of
+// them and leaves cnt at most 32, so bits >= cnt holds throughout: the exact
+// reader never fetches a byte that was not loaded here. Only bytes other
+// than 0xFF are loaded, so those it fetched are the source's next ones, one
+// for one. Between steps it therefore stands (bits - cnt) / 8 bytes behind
+// the loads, with count cnt and, as register, the last four bytes it
+// fetched, read back from the source. What the fast reader cannot do (a
+// 0xFF or the end ahead, no code within 16 bits) it leaves to the exact one
+// from such a point, where the two agree.
+//
+// Direct: the reader of the Direct block decoder, which has no length. It
+// loads byte by byte, each only after the one before it proved not to be
+// 0xFF, so nothing past the closing marker is read; its exact reader fetches
+// for a long code once, below 16 bits.
+template <bool Direct>
+struct HuffFastReader {
+    const Vqc8u* next;  // the next byte to load
+    const Vqc8u* last;  // the last place an 8-byte load may start (not Direct)
+    uint64_t buf;       // unread bits from the top; below them bytes from next on, or zeros
+    int32_t bits;       // unread bits loaded, 0 to 63
+    uint32_t cnt;       // the exact reader's count, 0 to 32, never above bits
+
+    // Not Direct: at least 8 bytes from pos to len. count from 0 to 32.
+    HuffFastReader(const Vqc8u* src, int32_t len, uint32_t pos, uint32_t acc, int32_t count)
+        : next(src + pos),
+          last(Direct ? src : src + (len - 8)),
+          buf((uint64_t{acc} << 32) << (32 - count)),
+          bits(count),
+          cnt(static_cast<uint32_t>(count)) {}
+
+    // Loads what fits; true when a step can begin, with at least 48 bits.
+    bool refill() {
+        uint64_t w = 0;
+        if constexpr (Direct) {
+            // Two bytes cover most steps; two more when they do not.
+            for (int i = 0; i < 2; ++i) {
+                uint32_t n = 0;
+                for (w = 0; n < 2; ++n) {
+                    const uint64_t c = next[n];
+                    if (c == 0xFF) break;
+                    w |= c << (56 - 8 * n);
+                }
+                if (load(w, n)) return true;
+                if (n < 2) return false;
+            }
+            return false;
+        } else {
+            if (next > last) return bits >= 48;
+            std::memcpy(&w, next, 8);
+            w = __builtin_bswap64(w);
+            // Any 0xFF among the eight (a borrow runs only from a real one):
+            // the bytes before the first.
+            if (((~w - 0x0101010101010101u) & w & 0x8080808080808080u) != 0) {
+                const uint64_t x = ~w, lo7 = 0x7F7F7F7F7F7F7F7Fu;
+                return load(w, static_cast<uint32_t>(__builtin_clzll(~(((x & lo7) + lo7) | x) & ~lo7)) >> 3);
+            }
+            // Bytes past the ones taken land below the unread bits as they
+            // stand in the source, so a later load writes the same bits there.
+            buf |= w >> bits;
+            next += static_cast<uint32_t>(63 - bits) >> 3;
+            bits |= 56;
+            return true;
+        }
+    }
+    // Up to n bytes from the top of w, as many as fit.
+    bool load(uint64_t w, uint32_t n) {
+        const uint32_t fit = static_cast<uint32_t>(63 - bits) >> 3, k = n < fit ? n : fit;
+        buf |= w >> bits;
+        next += k;
+        bits += static_cast<int32_t>(8 * k);
+        return bits >= 48;
+    }
+
+    // The exact reader's fetch before a step that needs n bits, from a
+    // table: whether it fetches is as good as random, so a branch would miss.
+    void need(uint32_t n) { cnt += ownHuffFast.fetched[n][cnt]; }
+    void skip(uint32_t n) {
+        buf <<= n;
+        bits -= static_cast<int32_t>(n);
+        cnt -= n;
+    }
+    // n from 1 to 16.
+    uint32_t take(uint32_t n) {
+        const uint32_t v = static_cast<uint32_t>(buf >> (64 - n));
+        skip(n);
+        return v;
+    }
+    // Skips the len bits of a code, then takes s value bits (1 to 15),
+    // extended: a clear top bit makes the value negative.
+    int32_t value(uint32_t len, uint32_t s) {
+        cnt -= len;
+        need(s);
+        cnt -= s;
+        const uint64_t v = buf << len;
+        buf <<= len + s;
+        bits -= static_cast<int32_t>(len + s);
+        // Masked rather than chosen: the sign is random, a branch would miss.
+        const uint32_t negative = static_cast<uint32_t>(v >> 63) - 1;
+        return static_cast<int32_t>(static_cast<uint32_t>(v >> (64 - s)) + (ownHuffFast.negative[s] & negative));
+    }
+
+    // A symbol; false, with the state as at the start of the symbol's
+    // decode, when no code of up to 16 bits matches.
+    bool decode(const VqciDecodeHuffmanSpec* t, uint32_t* sym) {
+        need(8);
+        const uint32_t e = t->fastLookup[buf >> 56], l8 = e >> 16;
+        if (l8 - 1 < 8) {
+            skip(l8);
+            *sym = e & 0xFFFF;
+            return true;
+        }
+        // A length above 8 comes from no table that Init builds.
+        return l8 == 0 && decodeLong(t, sym);
+    }
+    bool decodeLong(const VqciDecodeHuffmanSpec* t, uint32_t* sym) {
+        const uint64_t buf0 = buf;
+        const int32_t bits0 = bits;
+        const uint32_t cnt0 = cnt;
+        need(Direct ? 16 : 9);
+        uint32_t l = 9, code = take(9);
+        for (;;) {
+            if (const int32_t m = ownHuffMatch(t, l, code); m != kHuffNoMatch) {
+                if (m < 0) break;
+                *sym = static_cast<uint32_t>(m);
+                return true;
+            }
+            if (++l > 16) break;
+            if (!Direct) need(1);
+            code = (code << 1) | take(1);
+        }
+        buf = buf0, bits = bits0, cnt = cnt0;
+        return false;
+    }
+
+    // Where the exact reader stands.
+    uint32_t pos(const Vqc8u* src) const {
+        return static_cast<uint32_t>(next - src) - (static_cast<uint32_t>(bits) - cnt) / 8;
+    }
+    // Its register: the last four bytes it fetched, after those of the
+    // register it started with.
+    static uint32_t acc(const Vqc8u* src, uint32_t pos0, uint32_t acc0, uint32_t pos) {
+        if (pos < 4) {
+            uint64_t a = acc0;
+            for (uint32_t i = pos0; i < pos; ++i) a = (a << 8) | src[i];
+            return static_cast<uint32_t>(a);
+        }
+        uint32_t w;
+        std::memcpy(&w, src + pos - 4, 4);
+        const uint32_t n = pos - pos0 < 4 ? 8 * (pos - pos0) : 32;
+        return static_cast<uint32_t>((uint64_t{acc0} << n) | (__builtin_bswap32(w) & ((uint64_t{1} << n) - 1)));
+    }
+};
+
+// Runs steps(fast reader) when the exact reader's state allows it (no
+// marker met, a count of at most 32, eight bytes left) and hands the state
+// back; true when the steps finished the work.
+template <class Steps>
+inline bool ownHuffFastSteps(HuffReader& r, Steps&& steps) {
+    if (*r.marker != 0 || r.pos < 0 || r.pos > r.len - 8 || static_cast<uint32_t>(r.cnt) > 32) return false;
+    const uint32_t pos0 = static_cast<uint32_t>(r.pos);
+    HuffFastReader<false> f(r.src, r.len, pos0, r.acc, r.cnt);
+    const bool done = steps(f);
+    r.pos = static_cast<int32_t>(f.pos(r.src));
+    r.cnt = static_cast<int32_t>(f.cnt);
+    r.acc = HuffFastReader<false>::acc(r.src, pos0, r.acc, static_cast<uint32_t>(r.pos));
+    return done;
+}
+
+// The block decoders, with the fast reader or with the exact one alone.
+VqcStatus ownHuffDecode8x8(const Vqc8u* pSrc, int32_t srcLenBytes, int32_t* pSrcCurrPos, Vqc16s* pDst,
+                           Vqc16s* lastDC, int32_t* pMarker, const VqciDecodeHuffmanSpec* dcTable,
+                           const VqciDecodeHuffmanSpec* acTable, VqciDecodeHuffmanState* pState, bool fast);
+VqcStatus ownHuffDecode8x8Direct(const Vqc8u* pSrc, int32_t* pSrcBitsLen, Vqc16s* pDst, Vqc16s* lastDC,
+                                 int32_t* pMarker, uint32_t* prefetchedBits, int32_t* prefetchedCount,
+                                 const VqciDecodeHuffmanSpec* dcTable, const VqciDecodeHuffmanSpec* acTable,
+                                 bool fast);
 
 // A single difference: symbol 0 is 0, 1 to 15 take that many value bits,
 // 16 and above are -32768 (category 16) without value bits.
