@@ -123,37 +123,53 @@ HWY_INLINE BlockV32 RoundShift(BlockV32 v) {
 }
 
 // Inverse butterfly on the pairs (i0, i4), (i1, i7), (i2, i6), (i3, i5).
-// Every operand is an input, so the results are exact for any input.
-// T + P is 2 (16384 (i0 + i4)) and T - P that less 65536 i4; R is
-// -22722 i2 + 17734 i6 + 65536 i2 and S is 17734 i2 + 22723 i6 - 65536 i6,
-// the 65536 multiples taken from the 16-bit halves in place; A and B are
-// products of (i3, i5), C and D of (i1, i7). The rounding bias of the
-// outputs is folded into T + P. The first (column) pass leaves each result
-// cut to 16 bits and read with sign in its lane.
+// Every operand is an input, so the results are exact for any input. A and
+// B are products of (i3, i5), C and D of (i1, i7). The row pass takes T + P
+// as 2 (16384 (i0 + i4)) and T - P as that less 65536 i4, R as
+// 2 (21407 i2 + 8867 i6) and S as 17734 i2 + 22723 i6 - 65536 i6, the 65536
+// multiples taken from the 16-bit halves in place. The column pass keeps
+// its values 16 times larger, so that the 16-bit cut of (y + 2048) >> 12
+// is the upper half of 16 (y + 2048): (T + P) / 2 + R / 2 and the others
+// are shifted by 5, with 16 i6 where S is odd, and G and I multiplied by
+// 16 * 5793. The rounding bias of the outputs is folded into T + P. The
+// row pass's results are 11 bits.
 template <bool ColPass>
 HWY_INLINE void InvLine16(const BlockV16 (&q)[4], BlockV32 (&y)[8]) {
     const BlockD32 d;
-    const auto high = hn::Set(d, -65536);
-    const auto q0 = hn::BitCast(d, q[0]), q2 = hn::BitCast(d, q[2]);
-    const auto tp = hn::Add(hn::ShiftLeft<1>(MulAddPairs<16384, 16384>(q[0])), hn::Set(d, ColPass ? 1 << 11 : 1 << 20));
-    const auto tm = hn::Sub(tp, hn::And(q0, high));
-    const auto r = hn::Add(MulAddPairs<-22722, 17734>(q[2]), hn::ShiftLeft<16>(q2));
-    const auto s = hn::Sub(MulAddPairs<17734, 22723>(q[2]), hn::And(q2, high));
-    const auto U = hn::Add(tp, r), V = hn::Sub(tp, r), W = hn::Add(tm, s), X = hn::Sub(tm, s);
+    BlockV32 U, V, W, X;
+    if constexpr (ColPass) {
+        const auto bias = hn::Set(d, 1 << 10);
+        const auto tp = hn::Add(MulAddPairs<16384, 16384>(q[0]), bias), tm = hn::Add(MulAddPairs<16384, -16384>(q[0]), bias);
+        const auto r = MulAddPairs<21407, 8867>(q[2]), s = MulAddPairs<8867, -21407>(q[2]);
+        const auto i6 = MulAddPairs<0, 16>(q[2]);
+        U = hn::ShiftLeft<5>(hn::Add(tp, r)), V = hn::ShiftLeft<5>(hn::Sub(tp, r));
+        W = hn::Add(hn::ShiftLeft<5>(hn::Add(tm, s)), i6), X = hn::Sub(hn::ShiftLeft<5>(hn::Sub(tm, s)), i6);
+    } else {
+        const auto high = hn::Set(d, -65536);
+        const auto q0 = hn::BitCast(d, q[0]), q2 = hn::BitCast(d, q[2]);  // 65536 i4, 65536 i6 in the high halves
+        const auto tp = hn::Add(hn::ShiftLeft<1>(MulAddPairs<16384, 16384>(q[0])), hn::Set(d, 1 << 20));
+        const auto tm = hn::Sub(tp, hn::And(q0, high));
+        const auto r = hn::ShiftLeft<1>(MulAddPairs<21407, 8867>(q[2]));
+        const auto s = hn::Sub(MulAddPairs<17734, 22723>(q[2]), hn::And(q2, high));
+        U = hn::Add(tp, r), V = hn::Sub(tp, r), W = hn::Add(tm, s), X = hn::Sub(tm, s);
+    }
 
     const auto A = MulAddPairs<27246, 18205>(q[3]), B = MulAddPairs<-18205, 27246>(q[3]);
     const auto C = MulAddPairs<32139, 6393>(q[1]), D = MulAddPairs<6393, -32138>(q[1]);
-    const auto E = hn::Sub(C, A), F = hn::Sub(D, B), H = hn::Add(E, F), J = hn::Sub(E, F);
-    const auto k5793 = hn::Set(d, 5793);
+    const auto scale = [](BlockV32 v) HWY_ATTR { return ColPass ? hn::ShiftLeft<4>(v) : v; };
+    const auto E = scale(hn::Sub(C, A)), F = scale(hn::Sub(D, B));
+    const auto H = hn::Add(E, F), J = hn::Sub(E, F);
+    const auto k5793 = hn::Set(d, ColPass ? 16 * 5793 : 5793);
     const auto G = hn::Mul(RoundShift<12>(hn::Add(A, C)), k5793), I = hn::Mul(RoundShift<12>(hn::Add(B, D)), k5793);
 
-    const auto fin = [](BlockV32 v) HWY_ATTR {
-        return ColPass ? hn::ShiftRight<16>(hn::ShiftLeft<4>(v)) : hn::ShiftRight<21>(v);
-    };
-    y[0] = fin(hn::Add(U, G)), y[7] = fin(hn::Sub(U, G));
-    y[1] = fin(hn::Add(W, H)), y[6] = fin(hn::Sub(W, H));
-    y[2] = fin(hn::Add(X, J)), y[5] = fin(hn::Sub(X, J));
-    y[3] = fin(hn::Add(V, I)), y[4] = fin(hn::Sub(V, I));
+    // Results for PairUp: those of even index in the lower 16 bits, the
+    // others in the upper, where the column pass already has them.
+    const auto lo = [](BlockV32 v) HWY_ATTR { return ColPass ? hn::ShiftRight<16>(v) : hn::ShiftRight<21>(v); };
+    const auto hi = [](BlockV32 v) HWY_ATTR { return ColPass ? v : hn::ShiftRight<5>(v); };
+    y[0] = lo(hn::Add(U, G)), y[7] = hi(hn::Sub(U, G));
+    y[1] = hi(hn::Add(W, H)), y[6] = lo(hn::Sub(W, H));
+    y[2] = lo(hn::Add(X, J)), y[5] = hi(hn::Sub(X, J));
+    y[3] = hi(hn::Add(V, I)), y[4] = lo(hn::Sub(V, I));
 }
 
 // Forward butterfly on the pairs (x0, x3), (x7, x4), (x1, x2), (x6, x5),
@@ -184,13 +200,16 @@ HWY_INLINE void FwdLine16(const BlockV16 (&q)[4], BlockV32 (&y)[8], BlockV32 dc0
     const auto r = hn::MulFixedPoint15(d03, hn::Set(BlockD16(), 10280));  // (R07, R34)
     if constexpr (RowPass) {
         const auto a8 = MulAddPairs<8, 8>(s03), c8 = MulAddPairs<8, 8>(s12);
+        // For PairUp: results of even index in the lower 16 bits, the others
+        // in the upper.
+        const auto hi = [](BlockV32 v) HWY_ATTR { return hn::ShiftLeft<4>(hn::Add(v, hn::Set(BlockD32(), 2048))); };
         y[0] = hn::Add(a8, c8), y[4] = hn::Sub(a8, c8);
         y[2] = RoundShift<11>(e2h), y[6] = RoundShift<12>(e6);
         const auto ts = hn::Add(hn::Mul(d03, hn::Set(BlockD16(), 11)), r);  // (t, s)
         const auto gh = hn::Add(hn::Mul(d12, PairConst<8, -8>()), hn::ShiftLeft<3>(SwapPairHalves(d12)));
         const auto uv = hn::Add(ts, gh), wz = hn::Sub(ts, gh);
-        y[1] = RoundShift<12>(MulAddPairs<4017, 799>(uv)), y[7] = RoundShift<12>(MulAddPairs<799, -4017>(uv));
-        y[3] = RoundShift<12>(MulAddPairs<3406, -2275>(wz)), y[5] = RoundShift<12>(MulAddPairs<2276, 3406>(wz));
+        y[1] = hi(MulAddPairs<4017, 799>(uv)), y[7] = hi(MulAddPairs<799, -4017>(uv));
+        y[3] = hi(MulAddPairs<3406, -2275>(wz)), y[5] = hi(MulAddPairs<2276, 3406>(wz));
     } else {
         const auto a = MulAddPairs<1, 1>(s03), c = MulAddPairs<1, 1>(s12);
         y[0] = hn::ShiftRight<6>(hn::Add(hn::Add(a, c), dc0)), y[4] = RoundShift<6>(hn::Sub(a, c));
@@ -205,35 +224,43 @@ HWY_INLINE void FwdLine16(const BlockV16 (&q)[4], BlockV32 (&y)[8], BlockV32 dc0
     }
 }
 
-// Eight elements of eight lines in 32-bit lanes, each a 16-bit value, to
-// pairs for the other direction. The lines must come in the lanes as the
-// pairs wanted, side by side: pair j is the lines in lanes 2j and 2j + 1,
-// and holds element k in lane k. Packing elements in twos forms the pairs;
-// the packs' 128-bit blocks are regrouped and a 4x4 transpose of the 32-bit
-// lanes in each block finishes.
-HWY_INLINE void LinesToPairs(const IntBlock& y, Pairs& q) {
+// Eight elements of eight lines in 32-bit lanes, elements 2m and 2m + 1 in
+// the lower and upper 16 bits of t[m] (PairUp), to pairs for the other
+// direction. The lines must come in the lanes as the pairs wanted, side by
+// side: pair j is the lines in lanes 2j and 2j + 1, and holds element k in
+// lane k. A 16-bit shuffle within each 64 bits makes those pairs, and
+// interleaving the 64-bit halves and regrouping the 128-bit blocks places
+// them.
+HWY_INLINE void PairUp(const BlockV32 (&y)[8], BlockV16 (&t)[4]) {
     const BlockD16 d16;
-    const BlockD32 d32;
-    BlockV32 pk[4][kBlockParts];  // pk[m]: pairs 0, 1 (2, 3) of elements 2m, 2m + 1
-    for (int m = 0; m < 4; ++m)
-        for (size_t p = 0; p < kBlockParts; ++p)
-            pk[m][p] = hn::BitCast(d32, hn::ReorderDemote2To(d16, y[p][2 * m], y[p][2 * m + 1]));
-    // Blocks of pairs 0 and 1 (a, b) and 2 and 3 (c, d): elements 0-3 below, 4-7 above.
-    BlockV32 a[kBlockParts], b[kBlockParts], c[kBlockParts], dd[kBlockParts];
-#if HWY_MAX_BYTES >= 32
-    a[0] = hn::ConcatLowerLower(d32, pk[2][0], pk[0][0]), b[0] = hn::ConcatLowerLower(d32, pk[3][0], pk[1][0]);
-    c[0] = hn::ConcatUpperUpper(d32, pk[2][0], pk[0][0]), dd[0] = hn::ConcatUpperUpper(d32, pk[3][0], pk[1][0]);
-#else
-    for (size_t p = 0; p < 2; ++p) a[p] = pk[2 * p][0], b[p] = pk[2 * p + 1][0], c[p] = pk[2 * p][1], dd[p] = pk[2 * p + 1][1];
-#endif
+    for (int m = 0; m < 4; ++m) t[m] = hn::OddEven(hn::BitCast(d16, y[2 * m + 1]), hn::BitCast(d16, y[2 * m]));
+}
+
+HWY_INLINE void LinesToPairs(const BlockV16 (&t)[kBlockParts][4], Pairs& q) {
+    const BlockD16 d16;
+    const hn::Repartition<uint8_t, BlockD16> d8;
+    const hn::Repartition<uint64_t, BlockD16> d64;
+    alignas(16) static constexpr uint8_t kTranspose2x2[16] = {0, 1, 4, 5, 2, 3, 6, 7, 8, 9, 12, 13, 10, 11, 14, 15};
+    const auto order = hn::LoadDup128(d8, kTranspose2x2);
+    // x: pair 2b (2b + 1 for y) of elements 0-3 in block b, z and w: of 4-7.
+    hn::Vec<decltype(d64)> x[kBlockParts], yy[kBlockParts], z[kBlockParts], w[kBlockParts];
     for (size_t p = 0; p < kBlockParts; ++p) {
-        const auto ab0 = hn::InterleaveLower(d32, a[p], b[p]), ab1 = hn::InterleaveUpper(d32, a[p], b[p]);
-        const auto cd0 = hn::InterleaveLower(d32, c[p], dd[p]), cd1 = hn::InterleaveUpper(d32, c[p], dd[p]);
-        q[p][0] = hn::BitCast(d16, hn::InterleaveLower(d32, ab0, ab1));
-        q[p][1] = hn::BitCast(d16, hn::InterleaveUpper(d32, ab0, ab1));
-        q[p][2] = hn::BitCast(d16, hn::InterleaveLower(d32, cd0, cd1));
-        q[p][3] = hn::BitCast(d16, hn::InterleaveUpper(d32, cd0, cd1));
+        hn::Vec<decltype(d64)> u[4];
+        for (int m = 0; m < 4; ++m) u[m] = hn::BitCast(d64, hn::TableLookupBytes(hn::BitCast(d8, t[p][m]), order));
+        x[p] = hn::InterleaveLower(d64, u[0], u[1]), yy[p] = hn::InterleaveUpper(d64, u[0], u[1]);
+        z[p] = hn::InterleaveLower(d64, u[2], u[3]), w[p] = hn::InterleaveUpper(d64, u[2], u[3]);
     }
+#if HWY_MAX_BYTES >= 32
+    q[0][0] = hn::BitCast(d16, hn::ConcatLowerLower(d64, z[0], x[0]));
+    q[0][1] = hn::BitCast(d16, hn::ConcatLowerLower(d64, w[0], yy[0]));
+    q[0][2] = hn::BitCast(d16, hn::ConcatUpperUpper(d64, z[0], x[0]));
+    q[0][3] = hn::BitCast(d16, hn::ConcatUpperUpper(d64, w[0], yy[0]));
+#else
+    for (size_t p = 0; p < 2; ++p) {
+        q[p][0] = hn::BitCast(d16, p ? z[0] : x[0]), q[p][1] = hn::BitCast(d16, p ? w[0] : yy[0]);
+        q[p][2] = hn::BitCast(d16, p ? z[1] : x[1]), q[p][3] = hn::BitCast(d16, p ? w[1] : yy[1]);
+    }
+#endif
 }
 
 // The products of coefficients and table entries, both read signed,
@@ -265,6 +292,17 @@ HWY_INLINE BlockV16 QuantFwd(BlockV16 z, BlockV16 t) {
 constexpr size_t kRowLanes = 16 / kBlockParts;
 constexpr size_t kRowVecs = 64 / kRowLanes;
 
+// The i-th of them, read 16 bytes at a time: a block its caller has just
+// written in pieces of 16 bytes or less is then forwarded from the stores.
+HWY_INLINE BlockV16 LoadRows(const int16_t* p, size_t i) {
+#if HWY_MAX_BYTES >= 32
+    const hn::Half<BlockD16> dh;
+    return hn::Combine(BlockD16(), hn::LoadU(dh, p + 16 * i + 8), hn::LoadU(dh, p + 16 * i));
+#else
+    return hn::LoadU(BlockD16(), p + 8 * i);
+#endif
+}
+
 // Quantises the rows of y (element k of the column lines = row k) into pDst.
 HWY_INLINE void QuantRows(const IntBlock& y, const Vqc16u* pTable, Vqc16s* pDst) {
     const BlockD16 d16;
@@ -294,14 +332,16 @@ HWY_INLINE void FwdQuantPairs(BlockV16 (&rows)[4][kBlockParts], bool levelShift,
     const BlockD32 d32;
     Pairs q;
     IntBlock y;
+    BlockV16 t[kBlockParts][4];
     for (size_t p = 0; p < kBlockParts; ++p) {
         BlockV32 e[4];
         for (int j = 0; j < 4; ++j) e[j] = hn::BitCast(d32, rows[j][p]);
         Transpose4x4(d32, e[0], e[1], e[2], e[3]);
         for (int j = 0; j < 4; ++j) q[p][j] = hn::BitCast(d16, e[j]);
         FwdLine16<true>(q[p], y[p]);
+        PairUp(y[p], t[p]);
     }
-    LinesToPairs(y, q);
+    LinesToPairs(t, q);
     alignas(32) static constexpr int32_t kDc[2][8] = {{32, 32, 32, 32, 32, 32, 32, 32},
                                                       {32 - 65536, 32, 32, 32, 32, 32, 32, 32}};
     for (size_t p = 0; p < kBlockParts; ++p)
@@ -383,20 +423,23 @@ HWY_INLINE void FwdQuantWide(const Vqc16s* pSrc, const Vqc16u* pTable, Vqc16s* p
     QuantRows(v, pTable, pDst);
 }
 
-// Dequantisation and inverse DCT of pSrc. The column pass takes the rows
-// as pairs (0, 4), (1, 7), (2, 6), (3, 5), its lines the columns in the
-// order 0, 4, 1, 7, 2, 6, 3, 5, so that LinesToPairs gives the row pass the
-// columns paired the same way; its lines are the rows in order. v[p][k] is
-// column k of the output, each value the 16-bit result read with sign.
-HWY_INLINE void DequantInvPairs(const Vqc16s* pSrc, const Vqc16u* pTable, IntBlock& v) {
+// Dequantisation and inverse DCT of pSrc into rows: r[p][j] holds row j of
+// the output in its lower 128-bit block and row j + 4 in the upper (or row
+// 4p + j in part p), each value the 16-bit result. The column pass takes
+// the rows as pairs (0, 4), (1, 7), (2, 6), (3, 5), its lines the columns in
+// the order 0, 4, 1, 7, 2, 6, 3, 5, so that LinesToPairs gives the row pass
+// the columns paired the same way; its lines are the rows in order, and a
+// 4x4 transpose of the paired results in each block gives the rows.
+HWY_INLINE void DequantInvRows(const Vqc16s* pSrc, const Vqc16u* pTable, BlockV16 (&r)[kBlockParts][4]) {
     const BlockD16 d16;
+    const BlockD32 d32;
     const hn::Repartition<uint8_t, BlockD16> d8;
     alignas(16) static constexpr uint8_t kColumns[16] = {0, 1, 8, 9, 2, 3, 14, 15, 4, 5, 12, 13, 6, 7, 10, 11};
     const auto columns = hn::LoadDup128(d8, kColumns);
     const auto* table = reinterpret_cast<const Vqc16s*>(pTable);
     BlockV16 rows[kRowVecs];
     for (size_t i = 0; i < kRowVecs; ++i) {
-        const auto c = Dequant(hn::LoadU(d16, pSrc + kRowLanes * i), hn::LoadU(d16, table + kRowLanes * i));
+        const auto c = Dequant(LoadRows(pSrc, i), hn::LoadU(d16, table + kRowLanes * i));
         rows[i] = hn::BitCast(d16, hn::TableLookupBytes(hn::BitCast(d8, c), columns));
     }
     Pairs q;
@@ -404,7 +447,6 @@ HWY_INLINE void DequantInvPairs(const Vqc16s* pSrc, const Vqc16u* pTable, IntBlo
     // Rows 2i and 2i + 1 regrouped by halves: columns 0, 4, 1, 7 of both in
     // the lower block, the others in the upper, so that interleaving pairs
     // them.
-    const BlockD32 d32;
     alignas(32) static constexpr int32_t kHalves[8] = {0, 1, 4, 5, 2, 3, 6, 7};
     for (size_t i = 0; i < 4; ++i)
         rows[i] = hn::BitCast(d16, hn::TableLookupLanes(hn::BitCast(d32, rows[i]), hn::SetTableIndices(d32, kHalves)));
@@ -416,36 +458,21 @@ HWY_INLINE void DequantInvPairs(const Vqc16s* pSrc, const Vqc16u* pTable, IntBlo
         q[0][j] = hn::InterleaveLower(d16, rows[j], rows[kPartner[j]]),
         q[1][j] = hn::InterleaveUpper(d16, rows[j], rows[kPartner[j]]);
 #endif
-    for (size_t p = 0; p < kBlockParts; ++p) InvLine16<true>(q[p], v[p]);
-    LinesToPairs(v, q);
-    for (size_t p = 0; p < kBlockParts; ++p) InvLine16<false>(q[p], v[p]);
-}
-
-// The columns v[p][k] of DequantInvPairs packed in twos: w[m] holds, per
-// 128-bit block (rows 0-3, then 4-7), the rows of column 2m then of 2m + 1.
-HWY_INLINE void PackColumns(const IntBlock& v, BlockV16 (&w)[4][kBlockParts]) {
-    for (int m = 0; m < 4; ++m)
-        for (size_t p = 0; p < kBlockParts; ++p) w[m][p] = hn::ReorderDemote2To(BlockD16(), v[p][2 * m], v[p][2 * m + 1]);
-}
-
-// The output columns of DequantInvPairs as rows: r[j] holds row j in its
-// lower 128-bit block and row j + 4 in the upper (or in its part).
-HWY_INLINE void ColumnsToRows(const IntBlock& v, BlockV16 (&r)[kBlockParts][4]) {
-    const BlockD16 d16;
-    const hn::Repartition<int64_t, BlockD16> d64;
-    BlockV16 w[4][kBlockParts];
-    PackColumns(v, w);
+    BlockV16 t[kBlockParts][4];
     for (size_t p = 0; p < kBlockParts; ++p) {
-        const auto c02 = hn::InterleaveLower(d16, w[0][p], w[1][p]), c13 = hn::InterleaveUpper(d16, w[0][p], w[1][p]);
-        const auto c46 = hn::InterleaveLower(d16, w[2][p], w[3][p]), c57 = hn::InterleaveUpper(d16, w[2][p], w[3][p]);
-        const auto lo01 = hn::BitCast(d64, hn::InterleaveLower(d16, c02, c13));  // columns 0-3 of rows 0, 1
-        const auto lo23 = hn::BitCast(d64, hn::InterleaveUpper(d16, c02, c13));
-        const auto hi01 = hn::BitCast(d64, hn::InterleaveLower(d16, c46, c57));  // columns 4-7
-        const auto hi23 = hn::BitCast(d64, hn::InterleaveUpper(d16, c46, c57));
-        r[p][0] = hn::BitCast(d16, hn::InterleaveLower(d64, lo01, hi01));
-        r[p][1] = hn::BitCast(d16, hn::InterleaveUpper(d64, lo01, hi01));
-        r[p][2] = hn::BitCast(d16, hn::InterleaveLower(d64, lo23, hi23));
-        r[p][3] = hn::BitCast(d16, hn::InterleaveUpper(d64, lo23, hi23));
+        BlockV32 y[8];
+        InvLine16<true>(q[p], y);
+        PairUp(y, t[p]);
+    }
+    LinesToPairs(t, q);
+    for (size_t p = 0; p < kBlockParts; ++p) {
+        BlockV32 y[8];
+        InvLine16<false>(q[p], y);
+        PairUp(y, t[p]);
+        BlockV32 e[4];
+        for (int m = 0; m < 4; ++m) e[m] = hn::BitCast(d32, t[p][m]);
+        Transpose4x4(d32, e[0], e[1], e[2], e[3]);
+        for (int j = 0; j < 4; ++j) r[p][j] = hn::BitCast(d16, e[j]);
     }
 }
 
@@ -624,7 +651,7 @@ void QuantFwd8x8(Vqc16s* pSrcDst, const Vqc16u* pTable) {
     const auto* table = reinterpret_cast<const Vqc16s*>(pTable);
     for (size_t i = 0; i < kRowVecs; ++i) {
         Vqc16s* p = pSrcDst + kRowLanes * i;
-        hn::StoreU(QuantFwd(hn::LoadU(d16, p), hn::LoadU(d16, table + kRowLanes * i)), d16, p);
+        hn::StoreU(QuantFwd(LoadRows(pSrcDst, i), hn::LoadU(d16, table + kRowLanes * i)), d16, p);
     }
 #endif
 }
@@ -637,7 +664,7 @@ void QuantInv8x8(Vqc16s* pSrcDst, const Vqc16u* pTable) {
     const auto* table = reinterpret_cast<const Vqc16s*>(pTable);
     for (size_t i = 0; i < kRowVecs; ++i) {
         Vqc16s* p = pSrcDst + kRowLanes * i;
-        hn::StoreU(Dequant(hn::LoadU(d16, p), hn::LoadU(d16, table + kRowLanes * i)), d16, p);
+        hn::StoreU(Dequant(LoadRows(pSrcDst, i), hn::LoadU(d16, table + kRowLanes * i)), d16, p);
     }
 #endif
 }
@@ -707,10 +734,8 @@ void DCTQuantInvLS8u(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc
 #if VQCJ_SIMD_BASELINE
     ownDCTQuantInvLS8uPlain(pSrc, pDst, dstStep, pTable);
 #else
-    IntBlock v;
-    DequantInvPairs(pSrc, pTable, v);
     BlockV16 r[kBlockParts][4];
-    ColumnsToRows(v, r);
+    DequantInvRows(pSrc, pTable, r);
     // Level shift and saturation to bytes: rows j and j + 4 in 16 bytes.
     alignas(16) Vqc8u px[64];
     for (int j = 0; j < 4; ++j) {
@@ -728,10 +753,8 @@ void DCTQuantInv16s(const Vqc16s* pSrc, Vqc16s* pDst, const Vqc16u* pTable) {
 #if VQCJ_SIMD_BASELINE
     ownDCTQuantInv16sPlain(pSrc, pDst, pTable);
 #else
-    IntBlock v;
-    DequantInvPairs(pSrc, pTable, v);
     BlockV16 r[kBlockParts][4];
-    ColumnsToRows(v, r);
+    DequantInvRows(pSrc, pTable, r);
     for (int j = 0; j < 4; ++j) {
 #if HWY_MAX_BYTES >= 32
         const hn::Half<BlockD16> dh;
