@@ -129,9 +129,9 @@ HWY_INLINE BlockV32 RoundShift(BlockV32 v) {
 // 2 (21407 i2 + 8867 i6) and S as 17734 i2 + 22723 i6 - 65536 i6, the 65536
 // multiples taken from the 16-bit halves in place. The column pass keeps
 // its values 16 times larger, so that the 16-bit cut of (y + 2048) >> 12
-// is the upper half of 16 (y + 2048): (T + P) / 2 + R / 2 and the others
-// are shifted by 5, with 16 i6 where S is odd, and G and I multiplied by
-// 16 * 5793. The rounding bias of the outputs is folded into T + P. The
+// is the upper half of 16 (y + 2048): it forms (T + P) / 2 + R / 2 and the
+// like and shifts them by 5, adds 16 i6 where S is odd, and scales G, I, H
+// and J by 16. The rounding bias of the outputs is folded into T + P. The
 // row pass's results are 11 bits.
 template <bool ColPass>
 HWY_INLINE void InvLine16(const BlockV16 (&q)[4], BlockV32 (&y)[8]) {
@@ -175,11 +175,12 @@ HWY_INLINE void InvLine16(const BlockV16 (&q)[4], BlockV32 (&y)[8]) {
 // Forward butterfly on the pairs (x0, x3), (x7, x4), (x1, x2), (x6, x5),
 // for blocks of samples within -128..127, or within 0..255 with the level
 // shift left to the column pass's rounding of E0 in column 0 (dc0: 32 less
-// 65536, or 32), the only result it changes. Bounds worked out
-// over every extreme block: the first sums and differences stay within
-// +-16384 and d16 +- d25 within +-32640 on either pass, no 32-bit value of
-// the plain routine reaches 2^31, and every result fits 16 bits, so no cut
-// is needed.
+// 65536, or 32), the only result it changes. Bounds worked out over every
+// extreme block (each result is monotonic in each sample): the first sums
+// and differences stay within +-16384 and d16 +- d25 within +-32640 on
+// either pass, no 32-bit value of the plain routine reaches 2^31, and every
+// result fits 16 bits, so no cut is needed. Samples of 128 and -129
+// already take d16 + d25 past 16 bits.
 //
 // E2 is 2 (21407 b + 8867 d), its rounding shift taken by one bit less;
 // E6 is 17734 b - (32768 + 10045) d. t is 11 (x0 - x7) + R, R being
@@ -215,27 +216,29 @@ HWY_INLINE void FwdLine16(const BlockV16 (&q)[4], BlockV32 (&y)[8], BlockV32 dc0
         y[0] = hn::ShiftRight<6>(hn::Add(hn::Add(a, c), dc0)), y[4] = RoundShift<6>(hn::Sub(a, c));
         y[2] = RoundShift<20>(e2h), y[6] = RoundShift<21>(e6);
         const auto gh = hn::Add(hn::Mul(d12, PairConst<1, -1>()), SwapPairHalves(d12));
-        const auto lo = hn::ShiftLeft<16>(hn::BitCast(d, d03)), hi = hn::And(hn::BitCast(d, d03), hn::Set(d, -65536));
+        // 65536 (x0 - x7) and 65536 (x3 - x4), from the halves in place.
+        const auto w07 = hn::ShiftLeft<16>(hn::BitCast(d, d03)), w34 = hn::And(hn::BitCast(d, d03), hn::Set(d, -65536));
         const auto sum = [](BlockV32 pd, BlockV32 pr, BlockV32 pg) HWY_ATTR { return hn::Add(hn::Add(pd, pr), pg); };
-        y[1] = RoundShift<21>(hn::Add(sum(MulAddPairs<-21349, 8789>(d03), MulAddPairs<4017, 799>(r), MulAddPairs<32136, 6392>(gh)), lo));
-        y[7] = RoundShift<21>(hn::Sub(sum(MulAddPairs<8789, 21349>(d03), MulAddPairs<799, -4017>(r), MulAddPairs<6392, -32136>(gh)), hi));
-        y[3] = RoundShift<21>(hn::Add(sum(MulAddPairs<-28070, -25025>(d03), MulAddPairs<3406, -2275>(r), MulAddPairs<-27248, 18200>(gh)), lo));
-        y[5] = RoundShift<21>(hn::Add(sum(MulAddPairs<25036, -28070>(d03), MulAddPairs<2276, 3406>(r), MulAddPairs<-18208, -27248>(gh)), hi));
+        y[1] = RoundShift<21>(hn::Add(sum(MulAddPairs<-21349, 8789>(d03), MulAddPairs<4017, 799>(r), MulAddPairs<32136, 6392>(gh)), w07));
+        y[7] = RoundShift<21>(hn::Sub(sum(MulAddPairs<8789, 21349>(d03), MulAddPairs<799, -4017>(r), MulAddPairs<6392, -32136>(gh)), w34));
+        y[3] = RoundShift<21>(hn::Add(sum(MulAddPairs<-28070, -25025>(d03), MulAddPairs<3406, -2275>(r), MulAddPairs<-27248, 18200>(gh)), w07));
+        y[5] = RoundShift<21>(hn::Add(sum(MulAddPairs<25036, -28070>(d03), MulAddPairs<2276, 3406>(r), MulAddPairs<-18208, -27248>(gh)), w34));
     }
 }
 
-// Eight elements of eight lines in 32-bit lanes, elements 2m and 2m + 1 in
-// the lower and upper 16 bits of t[m] (PairUp), to pairs for the other
-// direction. The lines must come in the lanes as the pairs wanted, side by
-// side: pair j is the lines in lanes 2j and 2j + 1, and holds element k in
-// lane k. A 16-bit shuffle within each 64 bits makes those pairs, and
-// interleaving the 64-bit halves and regrouping the 128-bit blocks places
-// them.
+// Eight results of eight lines, one line per 32-bit lane, those of even
+// index in the lower 16 bits and the others in the upper: t[m] holds
+// results 2m and 2m + 1 of each line, cut to 16 bits by the blend.
 HWY_INLINE void PairUp(const BlockV32 (&y)[8], BlockV16 (&t)[4]) {
     const BlockD16 d16;
     for (int m = 0; m < 4; ++m) t[m] = hn::OddEven(hn::BitCast(d16, y[2 * m + 1]), hn::BitCast(d16, y[2 * m]));
 }
 
+// PairUp's results to pairs of lines for the other direction. The lines must
+// come in the lanes as the pairs wanted, side by side: pair j is the lines
+// in lanes 2j and 2j + 1, and holds element k in lane k. A 16-bit shuffle
+// within each 64 bits makes those pairs; interleaving 64-bit halves and
+// regrouping the 128-bit blocks puts them in place.
 HWY_INLINE void LinesToPairs(const BlockV16 (&t)[kBlockParts][4], Pairs& q) {
     const BlockD16 d16;
     const hn::Repartition<uint8_t, BlockD16> d8;
@@ -476,7 +479,8 @@ HWY_INLINE void DequantInvRows(const Vqc16s* pSrc, const Vqc16u* pTable, BlockV1
     }
 }
 
-// Sixteen bytes of w: the lower 128-bit block's eight values, then the upper's.
+// w's sixteen values saturated to bytes: the lower 128-bit block's eight,
+// then the upper's.
 HWY_INLINE hn::Vec<hn::Full128<uint8_t>> Bytes16(const BlockV16 (&w)[kBlockParts]) {
 #if HWY_MAX_BYTES >= 32
     return hn::DemoteTo(hn::Full128<uint8_t>(), w[0]);
