@@ -173,10 +173,9 @@ HWY_INLINE void InvLine16(const BlockV16 (&q)[4], BlockV32 (&y)[8]) {
 }
 
 // Forward butterfly on the pairs (x0, x3), (x7, x4), (x1, x2), (x6, x5),
-// for blocks of samples within -128..127, or within 0..255 with the level
-// shift left to the column pass's rounding of E0 in column 0 (dc0: 32 less
-// 65536, or 32), the only result it changes. Bounds worked out over every
-// extreme block (each result is monotonic in each sample): the first sums
+// for blocks of samples within 0..255, the level shift left to the column
+// pass's rounding of E0 in column 0 (dc0: 32 less 65536), the only result
+// it changes. Bounds worked out over every extreme block (each result is monotonic in each sample): the first sums
 // and differences stay within +-16384 and d16 +- d25 within +-32640 on
 // either pass, no 32-bit value of the plain routine reaches 2^31, and every
 // result fits 16 bits, so no cut is needed. Samples of 128 and -129
@@ -330,7 +329,7 @@ HWY_INLINE void QuantRows(const IntBlock& y, const Vqc16u* pTable, Vqc16s* pDst)
 // 32-bit lanes gives the pairs of columns for the row pass, whose lines are
 // then the rows 0, 3, 7, 4, 1, 2, 6, 5, side by side as the column pass
 // pairs them; its lines are the columns in order.
-HWY_INLINE void FwdQuantPairs(BlockV16 (&rows)[4][kBlockParts], bool levelShift, const Vqc16u* pTable, Vqc16s* pDst) {
+HWY_INLINE void FwdQuantPairs(BlockV16 (&rows)[4][kBlockParts], const Vqc16u* pTable, Vqc16s* pDst) {
     const BlockD16 d16;
     const BlockD32 d32;
     Pairs q;
@@ -345,19 +344,16 @@ HWY_INLINE void FwdQuantPairs(BlockV16 (&rows)[4][kBlockParts], bool levelShift,
         PairUp(y[p], t[p]);
     }
     LinesToPairs(t, q);
-    alignas(32) static constexpr int32_t kDc[2][8] = {{32, 32, 32, 32, 32, 32, 32, 32},
-                                                      {32 - 65536, 32, 32, 32, 32, 32, 32, 32}};
+    alignas(32) static constexpr int32_t kDc[8] = {32 - 65536, 32, 32, 32, 32, 32, 32, 32};
     for (size_t p = 0; p < kBlockParts; ++p)
-        FwdLine16<false>(q[p], y[p], hn::Load(d32, kDc[levelShift] + hn::Lanes(d32) * p));
+        FwdLine16<false>(q[p], y[p], hn::Load(d32, kDc + hn::Lanes(d32) * p));
     QuantRows(y, pTable, pDst);
 }
 
 // Rows of the forward kernel's input, in FwdQuantPairs' order.
 constexpr int kFwdRows[4][2] = {{0, 1}, {3, 2}, {7, 6}, {4, 5}};
-// Byte indices putting a row's 16-bit columns in that order.
-alignas(16) constexpr uint8_t kFwdColumns16[16] = {0, 1, 6, 7, 14, 15, 8, 9, 2, 3, 4, 5, 12, 13, 10, 11};
 
-// ---- Fixed point in 32-bit lanes: 16-bit blocks beyond -128..127 ----------
+// ---- Fixed point in 32-bit lanes: the forms of 16-bit samples -----------------
 
 // The forward butterfly of dct.cpp over 32-bit lanes. Vector arithmetic
 // wraps, and products are taken as a whole where the plain routine splits
@@ -700,7 +696,7 @@ void DCTQuantFwdLS8u(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* pDst, const Vqc
             rows[j][p] = hn::BitCast(d16, hn::TableLookupBytesOr0(hn::BitCast(d8, row(kFwdRows[j][p])), widen));
 #endif
     }
-    FwdQuantPairs(rows, true, pTable, pDst);
+    FwdQuantPairs(rows, pTable, pDst);
 #endif
 }
 
@@ -708,29 +704,9 @@ void DCTQuantFwd16s(const Vqc16s* pSrc, Vqc16s* pDst, const Vqc16u* pTable) {
 #if VQCJ_SIMD_BASELINE
     ownDCTQuantFwd16sPlain(pSrc, pDst, pTable);
 #else
-    // Blocks of level-shifted 8-bit samples take the 16-bit path; any other
-    // takes the 32-bit one. Both give the plain routine's bits.
-    const BlockD16 d16;
-    const hn::Repartition<uint8_t, BlockD16> d8;
-    const auto order = hn::LoadDup128(d8, kFwdColumns16);
-    const auto k128 = hn::Set(d16, 128);
-    auto spread = hn::Zero(d16);  // OR of x + 128: its high byte is clear when every x is within -128..127
-    BlockV16 rows[4][kBlockParts];
-    for (int j = 0; j < 4; ++j)
-        for (size_t p = 0; p < kBlockParts; ++p) {
-#if HWY_MAX_BYTES >= 32
-            const hn::Half<BlockD16> dh;
-            const auto v = hn::Combine(d16, hn::LoadU(dh, pSrc + 8 * kFwdRows[j][1]), hn::LoadU(dh, pSrc + 8 * kFwdRows[j][0]));
-#else
-            const auto v = hn::LoadU(d16, pSrc + 8 * kFwdRows[j][p]);
-#endif
-            spread = hn::Or(spread, hn::Add(v, k128));
-            rows[j][p] = hn::BitCast(d16, hn::TableLookupBytes(hn::BitCast(d8, v), order));
-        }
-    if (hn::AllTrue(d16, hn::Eq(hn::And(spread, hn::Set(d16, -256)), hn::Zero(d16))))
-        FwdQuantPairs(rows, false, pTable, pDst);
-    else
-        FwdQuantWide(pSrc, pTable, pDst);
+    // The whole 16-bit range needs 32-bit lanes, and the time per block
+    // stays the same whatever the samples: no test picks the 16-bit path.
+    FwdQuantWide(pSrc, pTable, pDst);
 #endif
 }
 
