@@ -108,6 +108,47 @@ HWY_INLINE void StoreRowSat(const BlockV32 (&y)[kBlockParts], int16_t* p) {
     for (size_t i = 0; i < kBlockParts; ++i) hn::StoreU(hn::DemoteTo(d16, y[i]), d16, p + 4 * i);
 }
 
+// The same part as pairs of 16-bit lanes: each 32-bit lane of a part holds
+// two 16-bit values, the first in its low half.
+using BlockD16 = hn::Repartition<int16_t, BlockD32>;
+using BlockV16 = hn::Vec<BlockD16>;
+
+// Per 32-bit lane, a.lo * b.lo + a.hi * b.hi of the 16-bit halves, wrapping
+// (only -32768 * -32768 twice reaches 2^31): one pmaddwd on x86.
+HWY_INLINE BlockV32 MulAddPairs(BlockV16 a, BlockV16 b) {
+    const BlockD32 d32;
+#if HWY_ARCH_X86
+    BlockV32 unused;
+    return hn::ReorderWidenMulAccumulate(d32, a, b, hn::Zero(d32), unused);
+#else
+    // Elsewhere the lane order of that op differs: the halves taken apart.
+    const auto a32 = hn::BitCast(d32, a), b32 = hn::BitCast(d32, b);
+    const auto lo = hn::Mul(hn::ShiftRight<16>(hn::ShiftLeft<16>(a32)), hn::ShiftRight<16>(hn::ShiftLeft<16>(b32)));
+    return hn::Add(lo, hn::Mul(hn::ShiftRight<16>(a32), hn::ShiftRight<16>(b32)));
+#endif
+}
+
+// Per 32-bit lane the pair (Lo, Hi) of 16-bit constants.
+template <int Lo, int Hi>
+HWY_INLINE BlockV16 PairConst() {
+    static_assert(Lo >= -32768 && Lo <= 32767 && Hi >= -32768 && Hi <= 32767);
+    constexpr uint32_t bits = static_cast<uint16_t>(Lo) | static_cast<uint32_t>(static_cast<uint16_t>(Hi)) << 16;
+    return hn::BitCast(BlockD16(), hn::Set(BlockD32(), static_cast<int32_t>(bits)));
+}
+
+// Lo * a.lo + Hi * a.hi per 32-bit lane.
+template <int Lo, int Hi>
+HWY_INLINE BlockV32 MulAddPairs(BlockV16 a) {
+    return MulAddPairs(a, PairConst<Lo, Hi>());
+}
+
+// Swaps the two 16-bit halves of each 32-bit lane.
+HWY_INLINE BlockV16 SwapPairHalves(BlockV16 v) {
+    const hn::Repartition<uint8_t, BlockD16> d8;
+    alignas(16) static constexpr uint8_t kSwap[16] = {2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13};
+    return hn::BitCast(BlockD16(), hn::TableLookupBytes(hn::BitCast(d8, v), hn::LoadDup128(d8, kSwap)));
+}
+
 #undef VQCJ_BLOCK_PARTS
 #endif  // !VQCJ_SIMD_BASELINE
 

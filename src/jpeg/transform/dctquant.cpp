@@ -101,16 +101,263 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 #if !VQCJ_SIMD_BASELINE
 
-// The fixed-point butterflies of dct.cpp over 32-bit lanes. Vector
-// arithmetic wraps, and products are taken as a whole where the plain
-// routine splits them for its vectoriser: modulo 2^32 they are equal.
+// ---- Fixed point in 16-bit pairs -------------------------------------------
+//
+// A block is held as 16-bit values paired in 32-bit lanes: a vector of
+// pairs holds, for each of eight lines (rows or columns), two of the
+// line's elements, and MulAddPairs (pmaddwd) forms c1 x + c2 y for all
+// eight lines in one step. The butterflies are regrouped into such pair
+// products; arithmetic modulo 2^32 is a ring, so each sum keeps the 32-bit
+// value of the plain routine as long as every 16-bit operand is exact, and
+// the rounding shifts see the same operands.
+//
+// A part is one 256-bit vector (eight lines) or two of 128 bits (four lines
+// each); the two 128-bit blocks of the eight lines hold lines 0-3 and 4-7.
+
+using Pairs = BlockV16[kBlockParts][4];  // [part][pair]
+using IntBlock = Block32<BlockD32>;      // [part][element], one line per lane
+
 template <int Bits>
 HWY_INLINE BlockV32 RoundShift(BlockV32 v) {
     return hn::ShiftRight<Bits>(hn::Add(v, hn::Set(BlockD32(), 1 << (Bits - 1))));
 }
 
-// The same, cut to 16 bits and read with sign, for Bits up to 16: the bits
-// kept are moved to the top and shifted back down.
+// Inverse butterfly on the pairs (i0, i4), (i1, i7), (i2, i6), (i3, i5).
+// Every operand is an input, so the results are exact for any input. A and
+// B are products of (i3, i5), C and D of (i1, i7). The row pass takes T + P
+// as 2 (16384 (i0 + i4)) and T - P as that less 65536 i4, R as
+// 2 (21407 i2 + 8867 i6) and S as 17734 i2 + 22723 i6 - 65536 i6, the 65536
+// multiples taken from the 16-bit halves in place. The column pass keeps
+// its values 16 times larger, so that the 16-bit cut of (y + 2048) >> 12
+// is the upper half of 16 (y + 2048): it forms (T + P) / 2 + R / 2 and the
+// like and shifts them by 5, adds 16 i6 where S is odd, and scales G, I, H
+// and J by 16. The rounding bias of the outputs is folded into T + P. The
+// row pass's results are 11 bits.
+template <bool ColPass>
+HWY_INLINE void InvLine16(const BlockV16 (&q)[4], BlockV32 (&y)[8]) {
+    const BlockD32 d;
+    BlockV32 U, V, W, X;
+    if constexpr (ColPass) {
+        const auto bias = hn::Set(d, 1 << 10);
+        const auto tp = hn::Add(MulAddPairs<16384, 16384>(q[0]), bias), tm = hn::Add(MulAddPairs<16384, -16384>(q[0]), bias);
+        const auto r = MulAddPairs<21407, 8867>(q[2]), s = MulAddPairs<8867, -21407>(q[2]);
+        const auto i6 = MulAddPairs<0, 16>(q[2]);
+        U = hn::ShiftLeft<5>(hn::Add(tp, r)), V = hn::ShiftLeft<5>(hn::Sub(tp, r));
+        W = hn::Add(hn::ShiftLeft<5>(hn::Add(tm, s)), i6), X = hn::Sub(hn::ShiftLeft<5>(hn::Sub(tm, s)), i6);
+    } else {
+        const auto high = hn::Set(d, -65536);
+        const auto q0 = hn::BitCast(d, q[0]), q2 = hn::BitCast(d, q[2]);  // 65536 i4, 65536 i6 in the high halves
+        const auto tp = hn::Add(hn::ShiftLeft<1>(MulAddPairs<16384, 16384>(q[0])), hn::Set(d, 1 << 20));
+        const auto tm = hn::Sub(tp, hn::And(q0, high));
+        const auto r = hn::ShiftLeft<1>(MulAddPairs<21407, 8867>(q[2]));
+        const auto s = hn::Sub(MulAddPairs<17734, 22723>(q[2]), hn::And(q2, high));
+        U = hn::Add(tp, r), V = hn::Sub(tp, r), W = hn::Add(tm, s), X = hn::Sub(tm, s);
+    }
+
+    const auto A = MulAddPairs<27246, 18205>(q[3]), B = MulAddPairs<-18205, 27246>(q[3]);
+    const auto C = MulAddPairs<32139, 6393>(q[1]), D = MulAddPairs<6393, -32138>(q[1]);
+    const auto scale = [](BlockV32 v) HWY_ATTR { return ColPass ? hn::ShiftLeft<4>(v) : v; };
+    const auto E = scale(hn::Sub(C, A)), F = scale(hn::Sub(D, B));
+    const auto H = hn::Add(E, F), J = hn::Sub(E, F);
+    const auto k5793 = hn::Set(d, ColPass ? 16 * 5793 : 5793);
+    const auto G = hn::Mul(RoundShift<12>(hn::Add(A, C)), k5793), I = hn::Mul(RoundShift<12>(hn::Add(B, D)), k5793);
+
+    // Results for PairUp: those of even index in the lower 16 bits, the
+    // others in the upper, where the column pass already has them.
+    const auto lo = [](BlockV32 v) HWY_ATTR { return ColPass ? hn::ShiftRight<16>(v) : hn::ShiftRight<21>(v); };
+    const auto hi = [](BlockV32 v) HWY_ATTR { return ColPass ? v : hn::ShiftRight<5>(v); };
+    y[0] = lo(hn::Add(U, G)), y[7] = hi(hn::Sub(U, G));
+    y[1] = hi(hn::Add(W, H)), y[6] = lo(hn::Sub(W, H));
+    y[2] = lo(hn::Add(X, J)), y[5] = hi(hn::Sub(X, J));
+    y[3] = hi(hn::Add(V, I)), y[4] = lo(hn::Sub(V, I));
+}
+
+// Forward butterfly on the pairs (x0, x3), (x7, x4), (x1, x2), (x6, x5),
+// for blocks of samples within 0..255, the level shift left to the column
+// pass's rounding of E0 in column 0 (dc0: 32 less 65536), the only result
+// it changes. Bounds worked out over every extreme block (each result is monotonic in each sample): the first sums
+// and differences stay within +-16384 and d16 +- d25 within +-32640 on
+// either pass, no 32-bit value of the plain routine reaches 2^31, and every
+// result fits 16 bits, so no cut is needed. Samples of 128 and -129
+// already take d16 + d25 past 16 bits.
+//
+// E2 is 2 (21407 b + 8867 d), its rounding shift taken by one bit less;
+// E6 is 17734 b - (32768 + 10045) d. t is 11 (x0 - x7) + R, R being
+// (1285 (x0 - x7) + 2048) >> 12, which MulFixedPoint15 by 10280 gives, and
+// s the same of x3 - x4. The row pass keeps u, v, w, z in 16 bits; the
+// column pass, where they need 19, expands the odd outputs into products
+// of (x0-x7, x3-x4), (R07, R34) and (d16 + d25, d16 - d25), with
+// 65536 (x0 - x7) or 65536 (x3 - x4) taking the part of a constant beyond
+// 16 bits.
+template <bool RowPass>
+HWY_INLINE void FwdLine16(const BlockV16 (&q)[4], BlockV32 (&y)[8], BlockV32 dc0 = BlockV32()) {
+    const BlockD32 d;
+    const auto s03 = hn::Add(q[0], q[1]), s12 = hn::Add(q[2], q[3]);  // (s07, s34), (s16, s25)
+    const auto d03 = hn::Sub(q[0], q[1]), d12 = hn::Sub(q[2], q[3]);  // (d07, d34), (d16, d25)
+    const auto e2h = hn::Add(MulAddPairs<21407, -21407>(s03), MulAddPairs<8867, -8867>(s12));
+    const auto e6 = hn::Add(hn::Add(MulAddPairs<17734, -17734>(s03), MulAddPairs<-32768, 32767>(s12)),
+                            MulAddPairs<-10045, 10046>(s12));
+    const auto r = hn::MulFixedPoint15(d03, hn::Set(BlockD16(), 10280));  // (R07, R34)
+    if constexpr (RowPass) {
+        const auto a8 = MulAddPairs<8, 8>(s03), c8 = MulAddPairs<8, 8>(s12);
+        // For PairUp: results of even index in the lower 16 bits, the others
+        // in the upper.
+        const auto hi = [](BlockV32 v) HWY_ATTR { return hn::ShiftLeft<4>(hn::Add(v, hn::Set(BlockD32(), 2048))); };
+        y[0] = hn::Add(a8, c8), y[4] = hn::Sub(a8, c8);
+        y[2] = RoundShift<11>(e2h), y[6] = RoundShift<12>(e6);
+        const auto ts = hn::Add(hn::Mul(d03, hn::Set(BlockD16(), 11)), r);  // (t, s)
+        const auto gh = hn::Add(hn::Mul(d12, PairConst<8, -8>()), hn::ShiftLeft<3>(SwapPairHalves(d12)));
+        const auto uv = hn::Add(ts, gh), wz = hn::Sub(ts, gh);
+        y[1] = hi(MulAddPairs<4017, 799>(uv)), y[7] = hi(MulAddPairs<799, -4017>(uv));
+        y[3] = hi(MulAddPairs<3406, -2275>(wz)), y[5] = hi(MulAddPairs<2276, 3406>(wz));
+    } else {
+        const auto a = MulAddPairs<1, 1>(s03), c = MulAddPairs<1, 1>(s12);
+        y[0] = hn::ShiftRight<6>(hn::Add(hn::Add(a, c), dc0)), y[4] = RoundShift<6>(hn::Sub(a, c));
+        y[2] = RoundShift<20>(e2h), y[6] = RoundShift<21>(e6);
+        const auto gh = hn::Add(hn::Mul(d12, PairConst<1, -1>()), SwapPairHalves(d12));
+        // 65536 (x0 - x7) and 65536 (x3 - x4), from the halves in place.
+        const auto w07 = hn::ShiftLeft<16>(hn::BitCast(d, d03)), w34 = hn::And(hn::BitCast(d, d03), hn::Set(d, -65536));
+        const auto sum = [](BlockV32 pd, BlockV32 pr, BlockV32 pg) HWY_ATTR { return hn::Add(hn::Add(pd, pr), pg); };
+        y[1] = RoundShift<21>(hn::Add(sum(MulAddPairs<-21349, 8789>(d03), MulAddPairs<4017, 799>(r), MulAddPairs<32136, 6392>(gh)), w07));
+        y[7] = RoundShift<21>(hn::Sub(sum(MulAddPairs<8789, 21349>(d03), MulAddPairs<799, -4017>(r), MulAddPairs<6392, -32136>(gh)), w34));
+        y[3] = RoundShift<21>(hn::Add(sum(MulAddPairs<-28070, -25025>(d03), MulAddPairs<3406, -2275>(r), MulAddPairs<-27248, 18200>(gh)), w07));
+        y[5] = RoundShift<21>(hn::Add(sum(MulAddPairs<25036, -28070>(d03), MulAddPairs<2276, 3406>(r), MulAddPairs<-18208, -27248>(gh)), w34));
+    }
+}
+
+// Eight results of eight lines, one line per 32-bit lane, those of even
+// index in the lower 16 bits and the others in the upper: t[m] holds
+// results 2m and 2m + 1 of each line, cut to 16 bits by the blend.
+HWY_INLINE void PairUp(const BlockV32 (&y)[8], BlockV16 (&t)[4]) {
+    const BlockD16 d16;
+    for (int m = 0; m < 4; ++m) t[m] = hn::OddEven(hn::BitCast(d16, y[2 * m + 1]), hn::BitCast(d16, y[2 * m]));
+}
+
+// PairUp's results to pairs of lines for the other direction. The lines must
+// come in the lanes as the pairs wanted, side by side: pair j is the lines
+// in lanes 2j and 2j + 1, and holds element k in lane k. A 16-bit shuffle
+// within each 64 bits makes those pairs; interleaving 64-bit halves and
+// regrouping the 128-bit blocks puts them in place.
+HWY_INLINE void LinesToPairs(const BlockV16 (&t)[kBlockParts][4], Pairs& q) {
+    const BlockD16 d16;
+    const hn::Repartition<uint8_t, BlockD16> d8;
+    const hn::Repartition<uint64_t, BlockD16> d64;
+    alignas(16) static constexpr uint8_t kTranspose2x2[16] = {0, 1, 4, 5, 2, 3, 6, 7, 8, 9, 12, 13, 10, 11, 14, 15};
+    const auto order = hn::LoadDup128(d8, kTranspose2x2);
+    // x: pair 2b (2b + 1 for y) of elements 0-3 in block b, z and w: of 4-7.
+    hn::Vec<decltype(d64)> x[kBlockParts], yy[kBlockParts], z[kBlockParts], w[kBlockParts];
+    for (size_t p = 0; p < kBlockParts; ++p) {
+        hn::Vec<decltype(d64)> u[4];
+        for (int m = 0; m < 4; ++m) u[m] = hn::BitCast(d64, hn::TableLookupBytes(hn::BitCast(d8, t[p][m]), order));
+        x[p] = hn::InterleaveLower(d64, u[0], u[1]), yy[p] = hn::InterleaveUpper(d64, u[0], u[1]);
+        z[p] = hn::InterleaveLower(d64, u[2], u[3]), w[p] = hn::InterleaveUpper(d64, u[2], u[3]);
+    }
+#if HWY_MAX_BYTES >= 32
+    q[0][0] = hn::BitCast(d16, hn::ConcatLowerLower(d64, z[0], x[0]));
+    q[0][1] = hn::BitCast(d16, hn::ConcatLowerLower(d64, w[0], yy[0]));
+    q[0][2] = hn::BitCast(d16, hn::ConcatUpperUpper(d64, z[0], x[0]));
+    q[0][3] = hn::BitCast(d16, hn::ConcatUpperUpper(d64, w[0], yy[0]));
+#else
+    for (size_t p = 0; p < 2; ++p) {
+        q[p][0] = hn::BitCast(d16, p ? z[0] : x[0]), q[p][1] = hn::BitCast(d16, p ? w[0] : yy[0]);
+        q[p][2] = hn::BitCast(d16, p ? z[1] : x[1]), q[p][3] = hn::BitCast(d16, p ? w[1] : yy[1]);
+    }
+#endif
+}
+
+// The products of coefficients and table entries, both read signed,
+// saturated to 16 bits.
+HWY_INLINE BlockV16 Dequant(BlockV16 c, BlockV16 t) {
+    // The product fits when its high half is the sign of the low half;
+    // otherwise it saturates to the sign of the high half.
+    const BlockD16 d16;
+    const auto lo = hn::Mul(c, t), hi = hn::MulHigh(c, t);
+    const auto sat = hn::Xor(hn::ShiftRight<15>(hi), hn::Set(d16, 0x7FFF));
+    return hn::IfThenElse(hn::Eq(hi, hn::ShiftRight<15>(lo)), lo, sat);
+}
+
+// Forward quantisation of 16-bit coefficients z by the unsigned entries t:
+// t z / 32768 rounded half to even and saturated. With t = ts + 32768 h,
+// the product divided by 32768 is h z plus ts z / 32768, which
+// MulFixedPoint15 rounds half up exactly; a tie whose quotient is even is
+// the one case to take back, and it is exactly a product ending in the 16
+// bits 0x4000.
+HWY_INLINE BlockV16 QuantFwd(BlockV16 z, BlockV16 t) {
+    const BlockD16 d;
+    const auto hz = hn::And(hn::ShiftRight<15>(t), z);
+    const auto up = hn::MulFixedPoint15(hn::And(t, hn::Set(d, 0x7FFF)), z);
+    const auto tie = hn::VecFromMask(d, hn::Eq(hn::Mul(t, z), hn::Set(d, 0x4000)));
+    return hn::SaturatedAdd(hz, hn::Add(up, tie));
+}
+
+// 16-bit vectors in memory order over a block of 64.
+constexpr size_t kRowLanes = 16 / kBlockParts;
+constexpr size_t kRowVecs = 64 / kRowLanes;
+
+// The i-th of them, read 16 bytes at a time: a block its caller has just
+// written in pieces of 16 bytes or less is then forwarded from the stores.
+HWY_INLINE BlockV16 LoadRows(const int16_t* p, size_t i) {
+#if HWY_MAX_BYTES >= 32
+    const hn::Half<BlockD16> dh;
+    return hn::Combine(BlockD16(), hn::LoadU(dh, p + 16 * i + 8), hn::LoadU(dh, p + 16 * i));
+#else
+    return hn::LoadU(BlockD16(), p + 8 * i);
+#endif
+}
+
+// Quantises the rows of y (element k of the column lines = row k) into pDst.
+HWY_INLINE void QuantRows(const IntBlock& y, const Vqc16u* pTable, Vqc16s* pDst) {
+    const BlockD16 d16;
+    const auto* table = reinterpret_cast<const Vqc16s*>(pTable);
+    for (size_t i = 0; i < kRowVecs; ++i) {
+#if HWY_MAX_BYTES >= 32
+        // Rows 2i and 2i + 1 packed by 128-bit blocks, then put in order.
+        const BlockD32 d32;
+        alignas(32) static constexpr int32_t kOrder[8] = {0, 1, 4, 5, 2, 3, 6, 7};
+        const auto packed = hn::BitCast(d32, hn::ReorderDemote2To(d16, y[0][2 * i], y[0][2 * i + 1]));
+        const auto z = hn::BitCast(d16, hn::TableLookupLanes(packed, hn::SetTableIndices(d32, kOrder)));
+#else
+        const auto z = hn::ReorderDemote2To(d16, y[0][i], y[1][i]);
+#endif
+        hn::StoreU(QuantFwd(z, hn::LoadU(d16, table + kRowLanes * i)), d16, pDst + kRowLanes * i);
+    }
+}
+
+// Forward DCT and quantisation of sample pairs: rows (0, 1), (3, 2), (7, 6),
+// (4, 5) of the block in the two 128-bit blocks of the four vectors, each
+// row's columns in the order 0, 3, 7, 4, 1, 2, 6, 5. The transpose of the
+// 32-bit lanes gives the pairs of columns for the row pass, whose lines are
+// then the rows 0, 3, 7, 4, 1, 2, 6, 5, side by side as the column pass
+// pairs them; its lines are the columns in order.
+HWY_INLINE void FwdQuantPairs(BlockV16 (&rows)[4][kBlockParts], const Vqc16u* pTable, Vqc16s* pDst) {
+    const BlockD16 d16;
+    const BlockD32 d32;
+    Pairs q;
+    IntBlock y;
+    BlockV16 t[kBlockParts][4];
+    for (size_t p = 0; p < kBlockParts; ++p) {
+        BlockV32 e[4];
+        for (int j = 0; j < 4; ++j) e[j] = hn::BitCast(d32, rows[j][p]);
+        Transpose4x4(d32, e[0], e[1], e[2], e[3]);
+        for (int j = 0; j < 4; ++j) q[p][j] = hn::BitCast(d16, e[j]);
+        FwdLine16<true>(q[p], y[p]);
+        PairUp(y[p], t[p]);
+    }
+    LinesToPairs(t, q);
+    alignas(32) static constexpr int32_t kDc[8] = {32 - 65536, 32, 32, 32, 32, 32, 32, 32};
+    for (size_t p = 0; p < kBlockParts; ++p)
+        FwdLine16<false>(q[p], y[p], hn::Load(d32, kDc + hn::Lanes(d32) * p));
+    QuantRows(y, pTable, pDst);
+}
+
+// Rows of the forward kernel's input, in FwdQuantPairs' order.
+constexpr int kFwdRows[4][2] = {{0, 1}, {3, 2}, {7, 6}, {4, 5}};
+
+// ---- Fixed point in 32-bit lanes: the forms of 16-bit samples -----------------
+
+// The forward butterfly of dct.cpp over 32-bit lanes. Vector arithmetic
+// wraps, and products are taken as a whole where the plain routine splits
+// them for its vectoriser: modulo 2^32 they are equal.
 template <int Bits>
 HWY_INLINE BlockV32 RoundShiftCut(BlockV32 v) {
     return hn::ShiftRight<16>(hn::ShiftLeft<16 - Bits>(hn::Add(v, hn::Set(BlockD32(), 1 << (Bits - 1)))));
@@ -149,33 +396,6 @@ HWY_INLINE void FwdLine(const BlockV32 (&x)[8], BlockV32 (&y)[8]) {
     }
 }
 
-template <bool ColPass>
-HWY_INLINE void InvLine(const BlockV32 (&i)[8], BlockV32 (&y)[8]) {
-    const auto A = hn::Add(MulK(i[5], 18205), MulK(i[3], 27246));
-    const auto B = hn::Sub(MulK(i[5], 27246), MulK(i[3], 18205));
-    const auto C = hn::Add(MulK(i[1], 32139), MulK(i[7], 6393));
-    const auto D = hn::Sub(MulK(i[1], 6393), MulK(i[7], 32138));
-    const auto E = hn::Sub(C, A), F = hn::Sub(D, B), H = hn::Add(E, F), J = hn::Sub(E, F);
-    const auto G = MulK(RoundShift<12>(hn::Add(A, C)), 5793);
-    const auto I = MulK(RoundShift<12>(hn::Add(B, D)), 5793);
-
-    const auto T = hn::ShiftLeft<15>(i[0]), P = hn::ShiftLeft<15>(i[4]);
-    const auto Q = MulK(hn::Add(i[2], i[6]), 17734);
-    const auto R = hn::Add(MulK(i[2], 25080), Q);
-    const auto S = hn::Sub(Q, MulK(i[6], 60547));
-    const auto tp = hn::Add(T, P), tm = hn::Sub(T, P);
-    const auto U = hn::Add(tp, R), V = hn::Sub(tp, R), W = hn::Add(tm, S), X = hn::Sub(tm, S);
-
-    // Results cut to 16 bits; those shifted by 21 already fit.
-    const auto fin = [](BlockV32 v) HWY_ATTR { return ColPass ? RoundShiftCut<12>(v) : RoundShift<21>(v); };
-    y[0] = fin(hn::Add(U, G)), y[7] = fin(hn::Sub(U, G));
-    y[1] = fin(hn::Add(W, H)), y[6] = fin(hn::Sub(W, H));
-    y[2] = fin(hn::Add(X, J)), y[5] = fin(hn::Sub(X, J));
-    y[3] = fin(hn::Add(V, I)), y[4] = fin(hn::Sub(V, I));
-}
-
-using IntBlock = Block32<BlockD32>;
-
 // Runs a line function over the eight lines of each part.
 template <class Line>
 HWY_INLINE void Pass(IntBlock& v, Line line) {
@@ -186,61 +406,84 @@ HWY_INLINE void Pass(IntBlock& v, Line line) {
     }
 }
 
-// Quantises a row of 16-bit values c held in 32-bit lanes into pDst: the
-// product with the unsigned table entry is exact (below 2^31 in magnitude),
-// then rounded half to even and saturated.
-HWY_INLINE void QuantRow(const BlockV32 (&c)[kBlockParts], const Vqc16u* pTable, Vqc16s* pDst) {
+// Forward DCT and quantisation of any 16-bit block.
+HWY_INLINE void FwdQuantWide(const Vqc16s* pSrc, const Vqc16u* pTable, Vqc16s* pDst) {
     const BlockD32 d32;
-    const auto bias = hn::Set(d32, 16383), one = hn::Set(d32, 1);
-    BlockV32 t[kBlockParts], q[kBlockParts];
-    LoadRow(d32, pTable, t);
-    for (size_t p = 0; p < kBlockParts; ++p) {
-        const auto prod = hn::Mul(c[p], t[p]);
-        const auto odd = hn::And(hn::ShiftRight<15>(prod), one);
-        q[p] = hn::ShiftRight<15>(hn::Add(hn::Add(prod, bias), odd));
+    IntBlock v;
+    for (int r = 0; r < 8; ++r) {
+        BlockV32 x[kBlockParts];
+        LoadRow(d32, pSrc + 8 * r, x);
+        for (size_t p = 0; p < kBlockParts; ++p) v[p][r] = x[p];
     }
-    StoreRowSat(q, pDst);
-}
-
-// Dequantises eight coefficients: the products saturated to 16 bits, both
-// factors read signed, taken in 16-bit lanes by their halves as in the
-// plain routine.
-HWY_INLINE hn::Vec<hn::Full128<int16_t>> DequantRow(const Vqc16s* pSrc, const Vqc16u* pTable) {
-    const hn::Full128<int16_t> d16;
-    const auto c = hn::LoadU(d16, pSrc);
-    const auto t = hn::LoadU(d16, reinterpret_cast<const Vqc16s*>(pTable));
-    const auto lo = hn::Mul(c, t), hi = hn::MulHigh(c, t);
-    const auto sat = hn::Xor(hn::ShiftRight<15>(hi), hn::Set(d16, 0x7FFF));
-    return hn::IfThenElse(hn::Eq(hi, hn::ShiftRight<15>(lo)), lo, sat);
-}
-
-// Forward DCT of the rows v and quantisation into pDst.
-HWY_INLINE void FwdQuantRows(IntBlock& v, Vqc16s* pDst, const Vqc16u* pTable) {
-    const BlockD32 d32;
     Transpose8x8(d32, v);
     Pass(v, FwdLine<true>);
     Transpose8x8(d32, v);
     Pass(v, FwdLine<false>);
-    for (int k = 0; k < 8; ++k) {
-        BlockV32 c[kBlockParts];
-        for (size_t p = 0; p < kBlockParts; ++p) c[p] = v[p][k];
-        QuantRow(c, pTable + 8 * k, pDst + 8 * k);
+    QuantRows(v, pTable, pDst);
+}
+
+// Dequantisation and inverse DCT of pSrc into rows: r[p][j] holds row j of
+// the output in its lower 128-bit block and row j + 4 in the upper (or row
+// 4p + j in part p), each value the 16-bit result. The column pass takes
+// the rows as pairs (0, 4), (1, 7), (2, 6), (3, 5), its lines the columns in
+// the order 0, 4, 1, 7, 2, 6, 3, 5, so that LinesToPairs gives the row pass
+// the columns paired the same way; its lines are the rows in order, and a
+// 4x4 transpose of the paired results in each block gives the rows.
+HWY_INLINE void DequantInvRows(const Vqc16s* pSrc, const Vqc16u* pTable, BlockV16 (&r)[kBlockParts][4]) {
+    const BlockD16 d16;
+    const BlockD32 d32;
+    const hn::Repartition<uint8_t, BlockD16> d8;
+    alignas(16) static constexpr uint8_t kColumns[16] = {0, 1, 8, 9, 2, 3, 14, 15, 4, 5, 12, 13, 6, 7, 10, 11};
+    const auto columns = hn::LoadDup128(d8, kColumns);
+    const auto* table = reinterpret_cast<const Vqc16s*>(pTable);
+    BlockV16 rows[kRowVecs];
+    for (size_t i = 0; i < kRowVecs; ++i) {
+        const auto c = Dequant(LoadRows(pSrc, i), hn::LoadU(d16, table + kRowLanes * i));
+        rows[i] = hn::BitCast(d16, hn::TableLookupBytes(hn::BitCast(d8, c), columns));
+    }
+    Pairs q;
+#if HWY_MAX_BYTES >= 32
+    // Rows 2i and 2i + 1 regrouped by halves: columns 0, 4, 1, 7 of both in
+    // the lower block, the others in the upper, so that interleaving pairs
+    // them.
+    alignas(32) static constexpr int32_t kHalves[8] = {0, 1, 4, 5, 2, 3, 6, 7};
+    for (size_t i = 0; i < 4; ++i)
+        rows[i] = hn::BitCast(d16, hn::TableLookupLanes(hn::BitCast(d32, rows[i]), hn::SetTableIndices(d32, kHalves)));
+    q[0][0] = hn::InterleaveLower(d16, rows[0], rows[2]), q[0][1] = hn::InterleaveUpper(d16, rows[0], rows[3]);
+    q[0][2] = hn::InterleaveLower(d16, rows[1], rows[3]), q[0][3] = hn::InterleaveUpper(d16, rows[1], rows[2]);
+#else
+    constexpr int kPartner[4] = {4, 7, 6, 5};
+    for (int j = 0; j < 4; ++j)
+        q[0][j] = hn::InterleaveLower(d16, rows[j], rows[kPartner[j]]),
+        q[1][j] = hn::InterleaveUpper(d16, rows[j], rows[kPartner[j]]);
+#endif
+    BlockV16 t[kBlockParts][4];
+    for (size_t p = 0; p < kBlockParts; ++p) {
+        BlockV32 y[8];
+        InvLine16<true>(q[p], y);
+        PairUp(y, t[p]);
+    }
+    LinesToPairs(t, q);
+    for (size_t p = 0; p < kBlockParts; ++p) {
+        BlockV32 y[8];
+        InvLine16<false>(q[p], y);
+        PairUp(y, t[p]);
+        BlockV32 e[4];
+        for (int m = 0; m < 4; ++m) e[m] = hn::BitCast(d32, t[p][m]);
+        Transpose4x4(d32, e[0], e[1], e[2], e[3]);
+        for (int j = 0; j < 4; ++j) r[p][j] = hn::BitCast(d16, e[j]);
     }
 }
 
-// Dequantisation and inverse DCT of pSrc, leaving the output rows in v,
-// each value the 16-bit result read with sign.
-HWY_INLINE void DequantInvRows(const Vqc16s* pSrc, const Vqc16u* pTable, IntBlock& v) {
-    const BlockD32 d32;
-    for (int k = 0; k < 8; ++k) {
-        BlockV32 x[kBlockParts];
-        WidenRow(d32, DequantRow(pSrc + 8 * k, pTable + 8 * k), x);
-        for (size_t p = 0; p < kBlockParts; ++p) v[p][k] = x[p];
-    }
-    Pass(v, InvLine<true>);
-    Transpose8x8(d32, v);
-    Pass(v, InvLine<false>);
-    Transpose8x8(d32, v);
+// w's sixteen values saturated to bytes: the lower 128-bit block's eight,
+// then the upper's.
+HWY_INLINE hn::Vec<hn::Full128<uint8_t>> Bytes16(const BlockV16 (&w)[kBlockParts]) {
+#if HWY_MAX_BYTES >= 32
+    return hn::DemoteTo(hn::Full128<uint8_t>(), w[0]);
+#else
+    const hn::Full64<uint8_t> d8;
+    return hn::Combine(hn::Full128<uint8_t>(), hn::DemoteTo(d8, w[1]), hn::DemoteTo(d8, w[0]));
+#endif
 }
 
 #endif  // !VQCJ_SIMD_BASELINE
@@ -404,10 +647,11 @@ void QuantFwd8x8(Vqc16s* pSrcDst, const Vqc16u* pTable) {
 #if VQCJ_SIMD_BASELINE
     ownMulScale16u16s(pTable, pSrcDst, pSrcDst, 64, 15);
 #else
-    for (int k = 0; k < 8; ++k) {
-        BlockV32 c[kBlockParts];
-        LoadRow(BlockD32(), pSrcDst + 8 * k, c);
-        QuantRow(c, pTable + 8 * k, pSrcDst + 8 * k);
+    const BlockD16 d16;
+    const auto* table = reinterpret_cast<const Vqc16s*>(pTable);
+    for (size_t i = 0; i < kRowVecs; ++i) {
+        Vqc16s* p = pSrcDst + kRowLanes * i;
+        hn::StoreU(QuantFwd(LoadRows(pSrcDst, i), hn::LoadU(d16, table + kRowLanes * i)), d16, p);
     }
 #endif
 }
@@ -416,7 +660,12 @@ void QuantInv8x8(Vqc16s* pSrcDst, const Vqc16u* pTable) {
 #if VQCJ_SIMD_BASELINE
     ownMulSat16s(pTable, pSrcDst, 64);
 #else
-    for (int k = 0; k < 8; ++k) hn::StoreU(DequantRow(pSrcDst + 8 * k, pTable + 8 * k), hn::Full128<int16_t>(), pSrcDst + 8 * k);
+    const BlockD16 d16;
+    const auto* table = reinterpret_cast<const Vqc16s*>(pTable);
+    for (size_t i = 0; i < kRowVecs; ++i) {
+        Vqc16s* p = pSrcDst + kRowLanes * i;
+        hn::StoreU(Dequant(LoadRows(pSrcDst, i), hn::LoadU(d16, table + kRowLanes * i)), d16, p);
+    }
 #endif
 }
 
@@ -424,15 +673,30 @@ void DCTQuantFwdLS8u(const Vqc8u* pSrc, int32_t srcStep, Vqc16s* pDst, const Vqc
 #if VQCJ_SIMD_BASELINE
     ownDCTQuantFwdLS8uPlain(pSrc, srcStep, pDst, pTable);
 #else
-    const BlockD32 d32;
-    const auto k128 = hn::Set(d32, 128);
-    IntBlock v;
-    for (int32_t r = 0; r < 8; ++r) {
-        BlockV32 x[kBlockParts];
-        LoadRow(d32, rowAt(pSrc, srcStep, r), x);
-        for (size_t p = 0; p < kBlockParts; ++p) v[p][r] = hn::Sub(x[p], k128);
+    // Each row's eight bytes, in every 64-bit lane, widened and reordered by
+    // one byte shuffle; the level shift is left to the column pass.
+    const BlockD16 d16;
+    const hn::Repartition<uint64_t, BlockD16> d64;
+    const hn::Repartition<uint8_t, BlockD16> d8;
+    alignas(16) static constexpr uint8_t kWiden[16] = {0, 0x80, 3, 0x80, 7, 0x80, 4, 0x80,
+                                                      1, 0x80, 2, 0x80, 6, 0x80, 5, 0x80};
+    const auto widen = hn::LoadDup128(d8, kWiden);
+    const auto row = [&](int r) HWY_ATTR {
+        uint64_t bytes;
+        std::memcpy(&bytes, rowAt(pSrc, srcStep, r), 8);
+        return hn::Set(d64, bytes);
+    };
+    BlockV16 rows[4][kBlockParts];
+    for (int j = 0; j < 4; ++j) {
+#if HWY_MAX_BYTES >= 32
+        const auto both = hn::ConcatUpperLower(d64, row(kFwdRows[j][1]), row(kFwdRows[j][0]));
+        rows[j][0] = hn::BitCast(d16, hn::TableLookupBytesOr0(hn::BitCast(d8, both), widen));
+#else
+        for (int p = 0; p < 2; ++p)
+            rows[j][p] = hn::BitCast(d16, hn::TableLookupBytesOr0(hn::BitCast(d8, row(kFwdRows[j][p])), widen));
+#endif
     }
-    FwdQuantRows(v, pDst, pTable);
+    FwdQuantPairs(rows, pTable, pDst);
 #endif
 }
 
@@ -440,14 +704,9 @@ void DCTQuantFwd16s(const Vqc16s* pSrc, Vqc16s* pDst, const Vqc16u* pTable) {
 #if VQCJ_SIMD_BASELINE
     ownDCTQuantFwd16sPlain(pSrc, pDst, pTable);
 #else
-    const BlockD32 d32;
-    IntBlock v;
-    for (int r = 0; r < 8; ++r) {
-        BlockV32 x[kBlockParts];
-        LoadRow(d32, pSrc + 8 * r, x);
-        for (size_t p = 0; p < kBlockParts; ++p) v[p][r] = x[p];
-    }
-    FwdQuantRows(v, pDst, pTable);
+    // The whole 16-bit range needs 32-bit lanes, and the time per block
+    // stays the same whatever the samples: no test picks the 16-bit path.
+    FwdQuantWide(pSrc, pTable, pDst);
 #endif
 }
 
@@ -455,16 +714,18 @@ void DCTQuantInvLS8u(const Vqc16s* pSrc, Vqc8u* pDst, int32_t dstStep, const Vqc
 #if VQCJ_SIMD_BASELINE
     ownDCTQuantInvLS8uPlain(pSrc, pDst, dstStep, pTable);
 #else
-    const BlockD32 d32;
-    const hn::Rebind<uint8_t, BlockD32> d8;
-    IntBlock v;
-    DequantInvRows(pSrc, pTable, v);
-    // Clamped first, the +128 stays in 0..255 and the narrowing is exact.
-    const auto lo = hn::Set(d32, -128), hi = hn::Set(d32, 127), k128 = hn::Set(d32, 128);
-    for (int32_t r = 0; r < 8; ++r)
-        for (size_t p = 0; p < kBlockParts; ++p)
-            hn::StoreU(hn::DemoteTo(d8, hn::Add(hn::Min(hn::Max(v[p][r], lo), hi), k128)), d8,
-                       rowAt(pDst, dstStep, r) + 4 * p);
+    BlockV16 r[kBlockParts][4];
+    DequantInvRows(pSrc, pTable, r);
+    // Level shift and saturation to bytes: rows j and j + 4 in 16 bytes.
+    alignas(16) Vqc8u px[64];
+    for (int j = 0; j < 4; ++j) {
+        BlockV16 w[kBlockParts];
+        for (size_t p = 0; p < kBlockParts; ++p) w[p] = hn::Add(r[p][j], hn::Set(BlockD16(), 128));
+        const auto bytes = Bytes16(w);
+        hn::StoreU(hn::LowerHalf(bytes), hn::Full64<uint8_t>(), px + 8 * j);
+        hn::StoreU(hn::UpperHalf(hn::Full64<uint8_t>(), bytes), hn::Full64<uint8_t>(), px + 8 * (j + 4));
+    }
+    for (int32_t k = 0; k < 8; ++k) std::memcpy(rowAt(pDst, dstStep, k), px + 8 * k, 8);
 #endif
 }
 
@@ -472,12 +733,16 @@ void DCTQuantInv16s(const Vqc16s* pSrc, Vqc16s* pDst, const Vqc16u* pTable) {
 #if VQCJ_SIMD_BASELINE
     ownDCTQuantInv16sPlain(pSrc, pDst, pTable);
 #else
-    IntBlock v;
-    DequantInvRows(pSrc, pTable, v);
-    for (int r = 0; r < 8; ++r) {
-        BlockV32 y[kBlockParts];
-        for (size_t p = 0; p < kBlockParts; ++p) y[p] = v[p][r];
-        StoreRowSat(y, pDst + 8 * r);
+    BlockV16 r[kBlockParts][4];
+    DequantInvRows(pSrc, pTable, r);
+    for (int j = 0; j < 4; ++j) {
+#if HWY_MAX_BYTES >= 32
+        const hn::Half<BlockD16> dh;
+        hn::StoreU(hn::LowerHalf(dh, r[0][j]), dh, pDst + 8 * j);
+        hn::StoreU(hn::UpperHalf(dh, r[0][j]), dh, pDst + 8 * (j + 4));
+#else
+        for (size_t p = 0; p < 2; ++p) hn::StoreU(r[p][j], BlockD16(), pDst + 8 * (4 * p + j));
+#endif
     }
 #endif
 }

@@ -204,3 +204,41 @@ TEST(TransformKernels, EveryTarget) {
         vqcjtest::expectSameOnEveryTarget(run, "block " + std::to_string(n));
     }
 }
+
+// Blocks at the extremes, on every target against the baseline: each DCT
+// basis pattern as full-scale samples (the largest value its coefficient
+// takes), as 16-bit samples at -128 and 127 (the 16-bit path), at -129 and
+// 128 (just outside it) and at full range, and as coefficients of +-32767
+// and -32768; tables of divisors 1 and 255, of the extreme reciprocals and
+// of dequantisers that saturate or read negative. A value overflowing its
+// 16-bit lane on some target would change some output.
+TEST(TransformKernels, ExtremeBlocksOnEveryTarget) {
+    const uint16_t fwdTables[] = {32768, 129, 65535, 1}, invTables[] = {1, 255, 32767, 65535, 32768};
+    for (int n = 0; n < 128; ++n) {
+        std::array<uint8_t, 64> px;
+        std::array<int16_t, 64> in8, in9, full;
+        for (int i = 0; i < 64; ++i) {
+            const double b = std::cos((2 * (i / 8) + 1) * (n / 16) * M_PI / 16) * std::cos((2 * (i % 8) + 1) * (n / 2 % 8) * M_PI / 16);
+            const bool up = (b >= 0) != (n % 2 == 1);
+            px[i] = up ? 255 : 0, in8[i] = up ? 127 : -128, in9[i] = up ? 128 : -129, full[i] = up ? 32767 : -32768;
+        }
+        std::array<uint16_t, 64> fwd, inv;
+        fwd.fill(fwdTables[n % 4]), inv.fill(invTables[n % 5]);
+        fwd[n % 64] = 32768, inv[n % 64] = 1;  // one exact coefficient in each
+        const auto run = [&] {
+            std::vector<int16_t> out;
+            const auto add = [&](auto call) { std::array<int16_t, 64> o{}; EXPECT_EQ(call(o.data()), 0); out.insert(out.end(), o.begin(), o.end()); };
+            add([&](int16_t* o) { return vqciDCTQuantFwd8x8LS_JPEG_8u16s_C1R(px.data(), 8, o, fwd.data()); });
+            for (const auto* src : {&in8, &in9, &full}) {
+                add([&](int16_t* o) { return vqciDCTQuantFwd8x8_JPEG_16s_C1(src->data(), o, fwd.data()); });
+                add([&](int16_t* o) { return vqciDCTQuantInv8x8_JPEG_16s_C1(src->data(), o, inv.data()); });
+                add([&](int16_t* o) { return vqciDCTQuantInv8x8LS_JPEG_16s8u_C1R(src->data(), reinterpret_cast<uint8_t*>(o), 8, inv.data()); });
+                add([&](int16_t* o) { std::copy(src->begin(), src->end(), o); return vqciQuantFwd8x8_JPEG_16s_C1I(o, fwd.data()); });
+                add([&](int16_t* o) { std::copy(src->begin(), src->end(), o); return vqciQuantInv8x8_JPEG_16s_C1I(o, inv.data()); });
+            }
+            return std::vector<uint8_t>(reinterpret_cast<uint8_t*>(out.data()), reinterpret_cast<uint8_t*>(out.data() + out.size()));
+        };
+        vqcjtest::expectSameOnEveryTarget(run, "extreme block " + std::to_string(n));
+    }
+}
+
