@@ -459,45 +459,67 @@ HWY_INLINE void terms(V16 cb, V16 cr, V16 (&t)[3]) {
     }
 }
 
-// Channels of the pixels of Y (0..255) and the terms of their chroma.
+// The bias that makes a saturating signed addition clamp at 255: a byte plus
+// kBias is at most 32767 exactly when the byte is at most 255.
+constexpr int16_t kBias = 32767 - 255;
+
+// A block value as a byte (clamped to -128..127, plus 128), plus kBias: the
+// saturating addition clamps at the top, the maximum at the bottom.
+HWY_INLINE V16 biasedByte(V16 v) {
+    const D16 d;
+    return hn::Max(hn::SaturatedAdd(v, hn::Set(d, int16_t(kBias + 128))), hn::Set(d, kBias));
+}
+
+// Channels of the pixels (0..255) from Y as a biased byte and the terms of
+// their chroma: Y + t, at most 482 and at least -227, saturated at the top
+// by the signed addition to the bias and at the bottom by the unsigned
+// subtraction of it.
 template <class Arith>
 HWY_INLINE void pixels(V16 y, const V16 (&t)[3], V16* out) {
+    const DU16 du;
+    const VU16 bias = hn::Set(du, kBias);
     if constexpr (std::is_same_v<Arith, InvMul>) {
-        for (int c = 0; c < 3; ++c) out[c] = hn::Add(y, t[c]);
+        for (int c = 0; c < 3; ++c) out[c] = hn::BitCast(D16(), hn::SaturatedSub(hn::BitCast(du, hn::SaturatedAdd(y, t[c])), bias));
     } else {
-        out[0] = y, out[1] = t[1], out[2] = t[2];
+        out[0] = hn::BitCast(D16(), hn::Sub(hn::BitCast(du, y), bias)), out[1] = t[1], out[2] = t[2];
     }
 }
 
-// Shuffle of piece `piece` (bytes 16 piece .. 16 piece + 15 of the 48 bytes
-// of two runs of 8 RGB pixels) from channel `ch`, which holds pixel j of the
-// first run in byte 2j and of the second in byte 2j + 1.
-constexpr Table ownInterleaveTable(int piece, int ch) {
+// Two runs of 8 RGB pixels (48 bytes) come from three byte vectors, which
+// hold in each block: the first and second channel of the first run's pixel
+// j in bytes 2j and 2j + 1 (src 0), the same for the second run (src 1), and
+// the third channel of pixel j of the first run in byte 2j, of the second in
+// byte 2j + 1 (src 2). The shuffle of source src for piece `piece` (bytes 16
+// piece .. 16 piece + 15 of the 48):
+constexpr Table ownInterleaveTable(int piece, int src) {
     uint8_t t[16]{};
     for (int i = 0; i < 16; ++i) {
-        const int o = 16 * piece + i, run = o / 24, q = o % 24;
-        t[i] = q % 3 == ch ? static_cast<uint8_t>(2 * (q / 3) + run) : 0x80;
+        const int o = 16 * piece + i, run = o / 24, q = o % 24, j = q / 3, c = q % 3;
+        const bool here = c < 2 ? src == run : src == 2;
+        t[i] = here ? static_cast<uint8_t>(c < 2 ? 2 * j + c : 2 * j + run) : 0x80;
     }
     return ownTable(t);
 }
 
-// Two runs of 16-bit values (0..255) in the bytes of each pair of lanes.
-HWY_INLINE V8 pairBytes(VU16 first, VU16 second) {
-    return hn::BitCast(D8(), hn::Or(first, hn::ShiftLeft<8>(second)));
+// 16-bit values (0..255) of x and y as the low and high bytes of each lane.
+HWY_INLINE V8 pairBytes(V16 x, V16 y) {
+    return hn::BitCast(D8(), hn::Or(x, hn::ShiftLeft<8>(y)));
 }
 
-// Three such byte vectors, a block holding two runs, to the 48 bytes of the
-// runs (out: bytes 0..15, 16..31, 32..47 of each block), within blocks.
-HWY_INLINE void interleave3(V8 v0, V8 v1, V8 v2, V8 (&out)[3]) {
+// The three channels of runs a and b (a block holding one run of each) to
+// the 48 bytes of the runs (out: bytes 0..15, 16..31, 32..47 of each
+// block), within blocks: the first piece is all run a, the last all run b.
+HWY_INLINE void interleave3(const V16* a, const V16* b, V8 (&out)[3]) {
     const D8 d;
     static constexpr Table kIdx[3][3] = {
         {ownInterleaveTable(0, 0), ownInterleaveTable(0, 1), ownInterleaveTable(0, 2)},
         {ownInterleaveTable(1, 0), ownInterleaveTable(1, 1), ownInterleaveTable(1, 2)},
         {ownInterleaveTable(2, 0), ownInterleaveTable(2, 1), ownInterleaveTable(2, 2)}};
-    for (int i = 0; i < 3; ++i)
-        out[i] = hn::Or3(hn::TableLookupBytesOr0(v0, hn::Load(d, kIdx[i][0].v)),
-                         hn::TableLookupBytesOr0(v1, hn::Load(d, kIdx[i][1].v)),
-                         hn::TableLookupBytesOr0(v2, hn::Load(d, kIdx[i][2].v)));
+    const V8 src[3] = {pairBytes(a[0], a[1]), pairBytes(b[0], b[1]), pairBytes(a[2], b[2])};
+    const auto from = [&](int piece, int i) { return hn::TableLookupBytesOr0(src[i], hn::Load(d, kIdx[piece][i].v)); };
+    out[0] = hn::Or(from(0, 0), from(0, 2));
+    out[1] = hn::Or3(from(1, 0), from(1, 1), from(1, 2));
+    out[2] = hn::Or(from(2, 1), from(2, 2));
 }
 
 // 16 pixels a block of four byte vectors to 64 bytes (4 pixels each).
@@ -512,13 +534,8 @@ HWY_INLINE void interleave4(V8 v0, V8 v1, V8 v2, V8 v3, V8 (&out)[4]) {
     out[3] = hn::BitCast(d, hn::InterleaveUpper(d16, hi01, hi23));
 }
 
-// Saturated to 0..255.
-HWY_INLINE VU16 sat8(V16 v) {
-    return hn::BitCast(DU16(), hn::Min(hn::Max(v, hn::Zero(D16())), hn::Set(D16(), 255)));
-}
-
 // The pixels of one step into the destination: a and b hold channels R, G,
-// B (unsaturated) and K (0..255), one run a block each; the runs of a, then
+// B, K (0..255), one run a block each; the runs of a, then
 // those of b, go to run(0) .. run(2 kR - 1).
 template <class Dst, class Run>
 HWY_INLINE void storePixels(const V16 (&a)[4], const V16 (&b)[4], Run run) {
@@ -528,9 +545,10 @@ HWY_INLINE void storePixels(const V16 (&a)[4], const V16 (&b)[4], Run run) {
         for (int h = 0; h < 2; ++h) {
             const V16(&x)[4] = h ? b : a;
             const VU16 f8 = hn::Set(du, 0xF8);
-            const VU16 hi = hn::ShiftLeft<is565 ? 8 : 7>(hn::And(sat8(x[0]), f8));
-            const VU16 mid = is565 ? hn::ShiftLeft<3>(hn::And(sat8(x[1]), hn::Set(du, 0xFC))) : hn::ShiftLeft<2>(hn::And(sat8(x[1]), f8));
-            const VU16 w = hn::Or(hn::Or(hi, mid), hn::ShiftRight<3>(sat8(x[2])));
+            const VU16 hi = hn::ShiftLeft<is565 ? 8 : 7>(hn::And(hn::BitCast(du, x[0]), f8));
+            const VU16 g = hn::BitCast(du, x[1]);
+            const VU16 mid = is565 ? hn::ShiftLeft<3>(hn::And(g, hn::Set(du, 0xFC))) : hn::ShiftLeft<2>(hn::And(g, f8));
+            const VU16 w = hn::Or(hn::Or(hi, mid), hn::ShiftRight<3>(hn::BitCast(du, x[2])));
             if constexpr (kR == 1) {
                 hn::StoreU(w, du, reinterpret_cast<uint16_t*>(run(h)));
             } else {
@@ -555,11 +573,14 @@ HWY_INLINE void storePixels(const V16 (&a)[4], const V16 (&b)[4], Run run) {
             hn::StoreU(blockOf(x[3], k), DB8(), q + 16);
         }
     } else {
-        // Block k holds the runs a_k and b_k, byte by byte.
-        V8 c[3], x[3];
-        for (int i = 0; i < 3; ++i) c[i] = pairBytes(sat8(a[i]), sat8(b[i]));
-        if constexpr (std::is_same_v<Dst, McuToBgr>) std::swap(c[0], c[2]);
-        interleave3(c[0], c[1], c[2], x);
+        // Block k holds the runs a_k and b_k.
+        V8 x[3];
+        if constexpr (std::is_same_v<Dst, McuToBgr>) {
+            const V16 ra[3] = {a[2], a[1], a[0]}, rb[3] = {b[2], b[1], b[0]};
+            interleave3(ra, rb, x);
+        } else {
+            interleave3(a, b, x);
+        }
         const hn::Half<DB8> dq;
         for (int k = 0; k < kR; ++k) {
             uint8_t* p = run(k);
@@ -601,7 +622,7 @@ void mcuInv(const Vqc16s* const* pSrc, void* pDstV, int32_t dstStep) {
         const V16 k128 = hn::Set(D16(), 128);
         // Y (and K) of the runs at pos, with the terms tv, to channels.
         const auto channels = [&](int pos, const V16 (&tv)[3], V16 (&x)[4]) {
-            pixels<Arith>(hn::Add(clampS8(hn::LoadU(d, pSrc[0] + pos)), k128), tv, x);
+            pixels<Arith>(biasedByte(hn::LoadU(d, pSrc[0] + pos)), tv, x);
             if constexpr (Ink) x[3] = hn::Add(clampS8(hn::LoadU(d, pSrc[3] + pos)), k128);
             else x[3] = hn::Zero(d);
         };
