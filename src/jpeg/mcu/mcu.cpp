@@ -78,14 +78,18 @@ void mcuInv(const Vqc16s* const* pSrc, void* pDst, int32_t dstStep) {
 // interleaving and de-interleaving stay inside blocks (byte shuffles); a
 // vector of 16-bit lanes holds one run in each block.
 //
-// Forward: each channel's bytes are split into even and odd pixels as 16-bit
-// lanes. Luma is computed on both and re-interleaved, the lower half of each
-// block giving its first run, the upper half its second. Even plus odd is
-// the sum over a pair, which 411 adds up over an even and an odd row; chroma
-// then comes from the sums at its own rate.
+// Forward: 444 widens the bytes of the two runs of a block separately. 422
+// and 411 take a row of 16 pixels a block and split each channel's bytes
+// into even and odd pixels as 16-bit lanes: luma is computed on both and
+// re-interleaved (the lower half of each block giving its first run, the
+// upper half its second), and even plus odd is the sum over a pair, which
+// 411 adds up over an even and an odd row; chroma then comes from the sums
+// at its own rate.
 //
-// Inverse: the chroma terms of the whole MCU first, then the pixels, the
-// terms of each chroma sample repeated over its pixels by interleaving.
+// Inverse: the chroma terms of each pixel (422 and 411: of the whole MCU
+// first, each sample's repeated over its pixels by interleaving), added to
+// luma with saturation; the channels are paired into bytes and shuffled
+// into pixels within blocks.
 
 using D16 = hn::CappedTag<int16_t, 16>;
 using DU16 = hn::RebindToUnsigned<D16>;
@@ -338,7 +342,6 @@ HWY_INLINE void chroma(V16 x, V16 y, const Zip& z, V16& cb, V16& cr) {
         cb = dot<16 + L, -32768, int16_t(kWeightCbR), 1 << (15 + L)>(z);
         cr = dot<16 + L, int16_t(kWeightCrB), -32768, 1 << (15 + L)>(z);
     } else {
-        const D16 d;
         (void)z;
         const V16 rnd = hn::Set(D16(), (1 << L) / 2), k128 = hn::Set(D16(), 128);
         cb = hn::Sub(hn::ShiftRight<L>(hn::Add(x, rnd)), k128);
@@ -535,8 +538,8 @@ HWY_INLINE void interleave4(V8 v0, V8 v1, V8 v2, V8 v3, V8 (&out)[4]) {
 }
 
 // The pixels of one step into the destination: a and b hold channels R, G,
-// B, K (0..255), one run a block each; the runs of a, then
-// those of b, go to run(0) .. run(2 kR - 1).
+// B, K (0..255), one run a block each; the runs of a, then those of b, go to
+// run(0) .. run(2 kR - 1).
 template <class Dst, class Run>
 HWY_INLINE void storePixels(const V16 (&a)[4], const V16 (&b)[4], Run run) {
     if constexpr (std::is_same_v<Dst, McuToBgr555> || std::is_same_v<Dst, McuToBgr565>) {
