@@ -52,6 +52,9 @@ enum McuInvForm {
 // Sampling of a form: 0, 1, 2 for 444, 422, 411.
 constexpr int kMcuH[3] = {1, 2, 2}, kMcuV[3] = {1, 1, 2};
 
+// 16-bit lanes of the kernels' vectors at most (512 bits).
+constexpr int kMcuLanes = 32;
+
 }  // namespace vqcj
 #endif
 
@@ -72,8 +75,7 @@ void mcuInv(const Vqc16s* const* pSrc, void* pDst, int32_t dstStep) {
 #else
 // ---- Vector kernels ----------------------------------------------------------
 //
-// Vectors hold up to 16 16-bit lanes (256 bits), kR = 1 or 2 blocks of 128
-// bits. The MCU is cut into runs of 8 pixels, one row of one block. A byte
+// Vectors hold kR = 1, 2 or 4 blocks of 128 bits. The MCU is cut into runs of 8 pixels, one row of one block. A byte
 // vector holds 16 pixels (two runs) in each of its blocks, so that
 // interleaving and de-interleaving stay inside blocks (byte shuffles); a
 // vector of 16-bit lanes holds one run in each block.
@@ -91,7 +93,7 @@ void mcuInv(const Vqc16s* const* pSrc, void* pDst, int32_t dstStep) {
 // luma with saturation; the channels are paired into bytes and shuffled
 // into pixels within blocks.
 
-using D16 = hn::CappedTag<int16_t, 16>;
+using D16 = hn::CappedTag<int16_t, kMcuLanes>;
 using DU16 = hn::RebindToUnsigned<D16>;
 using D32 = hn::Repartition<int32_t, D16>;
 using D8 = hn::Repartition<uint8_t, D16>;
@@ -102,42 +104,43 @@ using V32 = hn::Vec<D32>;
 using V8 = hn::Vec<D8>;
 using VB8 = hn::Vec<DB8>;
 constexpr int kR = static_cast<int>(hn::MaxLanes(D16())) / 8;
-static_assert(kR == 1 || kR == 2);
+static_assert(kR == 1 || kR == 2 || kR == 4);
 
 // A vector from its blocks, block k = piece(block tag, k), and back.
 template <class D, class F>
-HWY_INLINE hn::Vec<D> fromBlocks(D d, F piece) {
-    if constexpr (kR == 1) {
-        return piece(d, 0);
+HWY_INLINE hn::Vec<D> fromBlocks(D d, F piece, int first = 0) {
+    if constexpr (hn::MaxLanes(D()) * sizeof(hn::TFromD<D>) == 16) {
+        return piece(d, first);
     } else {
         const hn::Half<D> dh;
-        return hn::Combine(d, piece(dh, 1), piece(dh, 0));
+        constexpr int kHalf = static_cast<int>(hn::MaxLanes(dh) * sizeof(hn::TFromD<D>) / 16);
+        return hn::Combine(d, fromBlocks(dh, piece, first + kHalf), fromBlocks(dh, piece, first));
     }
 }
-template <class V>  // V8; a template, so that only one branch is compiled
-HWY_INLINE VB8 blockOf(V v, int k) {
-    if constexpr (kR == 1) return v;
-    else return k ? hn::UpperHalf(DB8(), v) : hn::LowerHalf(DB8(), v);
+template <class V>
+HWY_INLINE hn::Vec<hn::Full128<hn::TFromV<V>>> blockOf(V v, int k) {
+    using D = hn::DFromV<V>;
+    if constexpr (hn::MaxLanes(D()) * sizeof(hn::TFromV<V>) == 16) {
+        return v;
+    } else {
+        const hn::Half<D> dh;
+        constexpr int kHalf = static_cast<int>(hn::MaxLanes(dh) * sizeof(hn::TFromV<V>) / 16);
+        return k < kHalf ? blockOf(hn::LowerHalf(dh, v), k) : blockOf(hn::UpperHalf(dh, v), k - kHalf);
+    }
 }
 
-// Runs of 8 values, run k at p + k * Step: one access where they are
-// contiguous, one block broadcast for Step 0.
-template <int Step>
-HWY_INLINE V16 loadRuns(const int16_t* p) {
-    const D16 d;
-    if constexpr (Step == 8) return hn::LoadU(d, p);
-    else if constexpr (Step == 0) return hn::LoadDup128(d, p);
-    else return fromBlocks(d, [p](auto db, int k) { return hn::LoadU(db, p + k * Step); });
+// Runs of 8 values, run k at p + off(k): one access where they are
+// contiguous.
+template <class Off>
+HWY_INLINE V16 loadRuns(const int16_t* p, Off off) {
+    return fromBlocks(D16(), [&](auto db, int k) { return hn::LoadU(db, p + off(k)); });
 }
 template <int Step, class T>
 HWY_INLINE void storeRuns(hn::Vec<hn::Repartition<T, D16>> v, T* p) {
-    const hn::Repartition<T, D16> d;
     if constexpr (Step == 8 || kR == 1) {
-        hn::StoreU(v, d, p);
+        hn::StoreU(v, hn::Repartition<T, D16>(), p);
     } else {
-        const hn::Half<decltype(d)> dh;
-        hn::StoreU(hn::LowerHalf(dh, v), dh, p);
-        hn::StoreU(hn::UpperHalf(dh, v), dh, p + Step);
+        for (int k = 0; k < kR; ++k) hn::StoreU(blockOf(v, k), hn::Full128<T>(), p + k * Step);
     }
 }
 
@@ -197,11 +200,11 @@ HWY_INLINE void splitBytes(V8 v, V16& first, V16& second) {
 // A byte-shuffle table of one block, repeated over the vector's blocks (a
 // full load, so that it can stay a memory operand).
 struct Table {
-    alignas(32) uint8_t v[32];
+    alignas(64) uint8_t v[64];
 };
 constexpr Table ownTable(const uint8_t (&t)[16]) {
     Table r{};
-    for (int i = 0; i < 32; ++i) r.v[i] = t[i % 16];
+    for (int i = 0; i < 64; ++i) r.v[i] = t[i % 16];
     return r;
 }
 
@@ -552,13 +555,8 @@ HWY_INLINE void storePixels(const V16 (&a)[4], const V16 (&b)[4], Run run) {
             const VU16 g = hn::BitCast(du, x[1]);
             const VU16 mid = is565 ? hn::ShiftLeft<3>(hn::And(g, hn::Set(du, 0xFC))) : hn::ShiftLeft<2>(hn::And(g, f8));
             const VU16 w = hn::Or(hn::Or(hi, mid), hn::ShiftRight<3>(hn::BitCast(du, x[2])));
-            if constexpr (kR == 1) {
-                hn::StoreU(w, du, reinterpret_cast<uint16_t*>(run(h)));
-            } else {
-                const hn::Half<DU16> dh;
-                hn::StoreU(hn::LowerHalf(dh, w), dh, reinterpret_cast<uint16_t*>(run(2 * h)));
-                hn::StoreU(hn::UpperHalf(dh, w), dh, reinterpret_cast<uint16_t*>(run(2 * h + 1)));
-            }
+            for (int k = 0; k < kR; ++k)
+                hn::StoreU(blockOf(w, k), hn::Full128<uint16_t>(), reinterpret_cast<uint16_t*>(run(h * kR + k)));
         }
     } else if constexpr (std::is_same_v<Dst, McuToCmyk>) {
         const D8 d;
@@ -643,7 +641,7 @@ void mcuInv(const Vqc16s* const* pSrc, void* pDstV, int32_t dstStep) {
             // The terms of every chroma sample first, then rows y0 .. y0 + kR
             // - 1: a the left block's runs, b the right's.
             constexpr int kN = static_cast<int>(hn::MaxLanes(D16()));
-            alignas(32) int16_t t[3][64];
+            alignas(64) int16_t t[3][64];
             for (int i = 0; i < 64; i += kN) {
                 V16 v[3];
                 termsAt(i, v);
@@ -652,7 +650,10 @@ void mcuInv(const Vqc16s* const* pSrc, void* pDstV, int32_t dstStep) {
             for (int y0 = 0; y0 < 8 * V; y0 += kR) {
                 V16 a[4], b[4], ta[3], tb[3];
                 for (int c = 0; c < 3; ++c) {
-                    const V16 tv = loadRuns<V == 1 ? 8 : 0>(t[c] + 8 * (y0 / V));
+                    // Block k: row y0 + k, of chroma row (y0 + k) / V.
+                    V16 tv;
+                    if constexpr (V == 1) tv = hn::LoadU(d, t[c] + 8 * y0);
+                    else tv = loadRuns(t[c], [y0](int k) { return 8 * ((y0 + k) / 2); });
                     ta[c] = hn::InterleaveLower(d, tv, tv);
                     tb[c] = hn::InterleaveUpper(d, tv, tv);
                 }
