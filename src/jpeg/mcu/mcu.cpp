@@ -75,10 +75,11 @@ void mcuInv(const Vqc16s* const* pSrc, void* pDst, int32_t dstStep) {
 #else
 // ---- Vector kernels ----------------------------------------------------------
 //
-// Vectors hold kR = 1, 2 or 4 blocks of 128 bits. The MCU is cut into runs of 8 pixels, one row of one block. A byte
-// vector holds 16 pixels (two runs) in each of its blocks, so that
-// interleaving and de-interleaving stay inside blocks (byte shuffles); a
-// vector of 16-bit lanes holds one run in each block.
+// Vectors hold kR = 1, 2 or 4 blocks of 128 bits (SSE, AVX2, AVX-512). The
+// MCU is cut into runs of 8 pixels, one row of one block. A byte vector holds
+// 16 pixels (two runs) in each of its blocks, so that interleaving and
+// de-interleaving stay inside blocks (byte shuffles); a vector of 16-bit
+// lanes holds one run in each block.
 //
 // Forward: 444 widens the bytes of the two runs of a block separately. 422
 // and 411 take a row of 16 pixels a block and split each channel's bytes
@@ -129,8 +130,8 @@ HWY_INLINE hn::Vec<hn::Full128<hn::TFromV<V>>> blockOf(V v, int k) {
     }
 }
 
-// Runs of 8 values, run k at p + off(k): one access where they are
-// contiguous.
+// Runs of 8 values, run k at p + off(k); stored, one access where they are
+// contiguous (Step 8).
 template <class Off>
 HWY_INLINE V16 loadRuns(const int16_t* p, Off off) {
     return fromBlocks(D16(), [&](auto db, int k) { return hn::LoadU(db, p + off(k)); });
@@ -229,22 +230,29 @@ HWY_INLINE void deinterleave3(V8 A, V8 B, V8 C, V8 (&v)[3]) {
                         hn::TableLookupBytesOr0(C, hn::Load(d, kIdx[c][2].v)));
 }
 
+// Lanes of type T of v0 and v1, of v2 and v3 interleaved, and the results
+// again in lanes twice as wide, within blocks: a 4 x 4 transpose of T lanes.
+template <class T>
+HWY_INLINE void transpose4(V8 v0, V8 v1, V8 v2, V8 v3, V8 (&out)[4]) {
+    const hn::Repartition<T, D8> d;
+    const hn::RepartitionToWide<decltype(d)> dw;
+    const auto lo01 = hn::BitCast(dw, hn::InterleaveLower(d, hn::BitCast(d, v0), hn::BitCast(d, v1)));
+    const auto hi01 = hn::BitCast(dw, hn::InterleaveUpper(d, hn::BitCast(d, v0), hn::BitCast(d, v1)));
+    const auto lo23 = hn::BitCast(dw, hn::InterleaveLower(d, hn::BitCast(d, v2), hn::BitCast(d, v3)));
+    const auto hi23 = hn::BitCast(dw, hn::InterleaveUpper(d, hn::BitCast(d, v2), hn::BitCast(d, v3)));
+    out[0] = hn::BitCast(D8(), hn::InterleaveLower(dw, lo01, lo23));
+    out[1] = hn::BitCast(D8(), hn::InterleaveUpper(dw, lo01, lo23));
+    out[2] = hn::BitCast(D8(), hn::InterleaveLower(dw, hi01, hi23));
+    out[3] = hn::BitCast(D8(), hn::InterleaveUpper(dw, hi01, hi23));
+}
+
 // 64 bytes of 16 four-byte pixels in each block (A..D: 4 pixels each) to
 // four byte vectors: gather each channel into 32 bits, then transpose.
 HWY_INLINE void deinterleave4(V8 A, V8 B, V8 C, V8 D, V8 (&v)[4]) {
-    const D8 d;
-    const hn::Repartition<uint32_t, D8> d32;
-    const hn::Repartition<uint64_t, D8> d64;
     static constexpr Table kGather = ownTable({0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15});
-    const auto g = hn::Load(d, kGather.v);
-    const auto a = hn::BitCast(d32, hn::TableLookupBytes(A, g)), b = hn::BitCast(d32, hn::TableLookupBytes(B, g));
-    const auto c = hn::BitCast(d32, hn::TableLookupBytes(C, g)), e = hn::BitCast(d32, hn::TableLookupBytes(D, g));
-    const auto t0 = hn::BitCast(d64, hn::InterleaveLower(d32, a, b)), t1 = hn::BitCast(d64, hn::InterleaveUpper(d32, a, b));
-    const auto t2 = hn::BitCast(d64, hn::InterleaveLower(d32, c, e)), t3 = hn::BitCast(d64, hn::InterleaveUpper(d32, c, e));
-    v[0] = hn::BitCast(d, hn::InterleaveLower(d64, t0, t2));
-    v[1] = hn::BitCast(d, hn::InterleaveUpper(d64, t0, t2));
-    v[2] = hn::BitCast(d, hn::InterleaveLower(d64, t1, t3));
-    v[3] = hn::BitCast(d, hn::InterleaveUpper(d64, t1, t3));
+    const V8 g = hn::Load(D8(), kGather.v);
+    transpose4<uint32_t>(hn::TableLookupBytes(A, g), hn::TableLookupBytes(B, g), hn::TableLookupBytes(C, g),
+                         hn::TableLookupBytes(D, g), v);
 }
 
 // The pixels of one step: block k holds the run at p + k * block, then the
@@ -528,18 +536,6 @@ HWY_INLINE void interleave3(const V16* a, const V16* b, V8 (&out)[3]) {
     out[2] = hn::Or(from(2, 1), from(2, 2));
 }
 
-// 16 pixels a block of four byte vectors to 64 bytes (4 pixels each).
-HWY_INLINE void interleave4(V8 v0, V8 v1, V8 v2, V8 v3, V8 (&out)[4]) {
-    const D8 d;
-    const hn::Repartition<uint16_t, D8> d16;
-    const auto lo01 = hn::BitCast(d16, hn::InterleaveLower(d, v0, v1)), hi01 = hn::BitCast(d16, hn::InterleaveUpper(d, v0, v1));
-    const auto lo23 = hn::BitCast(d16, hn::InterleaveLower(d, v2, v3)), hi23 = hn::BitCast(d16, hn::InterleaveUpper(d, v2, v3));
-    out[0] = hn::BitCast(d, hn::InterleaveLower(d16, lo01, lo23));
-    out[1] = hn::BitCast(d, hn::InterleaveUpper(d16, lo01, lo23));
-    out[2] = hn::BitCast(d, hn::InterleaveLower(d16, hi01, hi23));
-    out[3] = hn::BitCast(d, hn::InterleaveUpper(d16, hi01, hi23));
-}
-
 // The pixels of one step into the destination: a and b hold channels R, G,
 // B, K (0..255), one run a block each; the runs of a, then those of b, go to
 // run(0) .. run(2 kR - 1).
@@ -564,7 +560,7 @@ HWY_INLINE void storePixels(const V16 (&a)[4], const V16 (&b)[4], Run run) {
         V8 c[4], x[4];
         for (int i = 0; i < 4; ++i) c[i] = hn::Combine(d, hn::DemoteTo(dh, b[i]), hn::DemoteTo(dh, a[i]));
         for (int i = 0; i < 3; ++i) c[i] = hn::Sub(hn::Set(d, 255), c[i]);
-        interleave4(c[0], c[1], c[2], c[3], x);
+        transpose4<uint8_t>(c[0], c[1], c[2], c[3], x);  // 4 pixels in each of x[0..3]
         for (int k = 0; k < kR; ++k) {
             uint8_t* p = run(2 * k);
             uint8_t* q = run(2 * k + 1);
