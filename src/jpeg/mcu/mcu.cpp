@@ -52,6 +52,9 @@ enum McuInvForm {
 // Sampling of a form: 0, 1, 2 for 444, 422, 411.
 constexpr int kMcuH[3] = {1, 2, 2}, kMcuV[3] = {1, 1, 2};
 
+// 16-bit lanes of the kernels' vectors at most (512 bits).
+constexpr int kMcuLanes = 32;
+
 }  // namespace vqcj
 #endif
 
@@ -72,252 +75,587 @@ void mcuInv(const Vqc16s* const* pSrc, void* pDst, int32_t dstStep) {
 #else
 // ---- Vector kernels ----------------------------------------------------------
 //
-// One block row (8 pixels, 8 values) is one vector of 8 16-bit lanes on every
-// target; chroma sums and products that need more than 16 bits run on two
-// vectors of 4 32-bit lanes, where the arithmetic is the documented one as
-// it stands.
+// Vectors hold kR = 1, 2 or 4 blocks of 128 bits (SSE, AVX2, AVX-512). The
+// MCU is cut into runs of 8 pixels, one row of one block. A byte vector holds
+// 16 pixels (two runs) in each of its blocks, so that interleaving and
+// de-interleaving stay inside blocks (byte shuffles); a vector of 16-bit
+// lanes holds one run in each block.
+//
+// Forward: 444 widens the bytes of the two runs of a block separately. 422
+// and 411 take a row of 16 pixels a block and split each channel's bytes
+// into even and odd pixels as 16-bit lanes: luma is computed on both and
+// re-interleaved (the lower half of each block giving its first run, the
+// upper half its second), and even plus odd is the sum over a pair, which
+// 411 adds up over an even and an odd row; chroma then comes from the sums
+// at its own rate.
+//
+// Inverse: the chroma terms of each pixel (422 and 411: of the whole MCU
+// first, each sample's repeated over its pixels by interleaving), added to
+// luma with saturation; the channels are paired into bytes and shuffled
+// into pixels within blocks.
 
-using D8 = hn::FixedTag<uint8_t, 8>;
-using D16 = hn::FixedTag<int16_t, 8>;
-using DU16 = hn::FixedTag<uint16_t, 8>;
-using D32 = hn::FixedTag<int32_t, 4>;
+using D16 = hn::CappedTag<int16_t, kMcuLanes>;
+using DU16 = hn::RebindToUnsigned<D16>;
+using D32 = hn::Repartition<int32_t, D16>;
+using D8 = hn::Repartition<uint8_t, D16>;
+using DB8 = hn::Full128<uint8_t>;  // one block of bytes
 using V16 = hn::Vec<D16>;
+using VU16 = hn::Vec<DU16>;
 using V32 = hn::Vec<D32>;
+using V8 = hn::Vec<D8>;
+using VB8 = hn::Vec<DB8>;
+constexpr int kR = static_cast<int>(hn::MaxLanes(D16())) / 8;
+static_assert(kR == 1 || kR == 2 || kR == 4);
 
-HWY_INLINE V16 widen(hn::Vec<D8> v) { return hn::BitCast(D16(), hn::PromoteTo(DU16(), v)); }
-HWY_INLINE V32 lowerHalf32(V16 v) { return hn::PromoteTo(D32(), hn::LowerHalf(v)); }
-HWY_INLINE V32 upperHalf32(V16 v) { return hn::PromoteTo(D32(), hn::UpperHalf(hn::Half<D16>(), v)); }
-HWY_INLINE V16 narrow(V32 lo, V32 hi) {
-    const hn::Half<D16> dh;
-    return hn::Combine(D16(), hn::DemoteTo(dh, hi), hn::DemoteTo(dh, lo));
+// A vector from its blocks, block k = piece(block tag, k), and back.
+template <class D, class F>
+HWY_INLINE hn::Vec<D> fromBlocks(D d, F piece, int first = 0) {
+    if constexpr (hn::MaxLanes(D()) * sizeof(hn::TFromD<D>) == 16) {
+        return piece(d, first);
+    } else {
+        const hn::Half<D> dh;
+        constexpr int kHalf = static_cast<int>(hn::MaxLanes(dh) * sizeof(hn::TFromD<D>) / 16);
+        return hn::Combine(d, fromBlocks(dh, piece, first + kHalf), fromBlocks(dh, piece, first));
+    }
+}
+template <class V>
+HWY_INLINE hn::Vec<hn::Full128<hn::TFromV<V>>> blockOf(V v, int k) {
+    using D = hn::DFromV<V>;
+    if constexpr (hn::MaxLanes(D()) * sizeof(hn::TFromV<V>) == 16) {
+        return v;
+    } else {
+        const hn::Half<D> dh;
+        constexpr int kHalf = static_cast<int>(hn::MaxLanes(dh) * sizeof(hn::TFromV<V>) / 16);
+        return k < kHalf ? blockOf(hn::LowerHalf(dh, v), k) : blockOf(hn::UpperHalf(dh, v), k - kHalf);
+    }
 }
 
-// Eight pixels of a row as R, G, B (or Y, Cb, Cr) and K, values 0..255.
-struct Px8 {
-    V16 a, b, c, k;
+// Runs of 8 values, run k at p + off(k); stored, one access where they are
+// contiguous (Step 8).
+template <class Off>
+HWY_INLINE V16 loadRuns(const int16_t* p, Off off) {
+    return fromBlocks(D16(), [&](auto db, int k) { return hn::LoadU(db, p + off(k)); });
+}
+template <int Step, class T>
+HWY_INLINE void storeRuns(hn::Vec<hn::Repartition<T, D16>> v, T* p) {
+    if constexpr (Step == 8 || kR == 1) {
+        hn::StoreU(v, hn::Repartition<T, D16>(), p);
+    } else {
+        for (int k = 0; k < kR; ++k) hn::StoreU(blockOf(v, k), hn::Full128<T>(), p + k * Step);
+    }
+}
+
+HWY_INLINE V16 fromPair(int16_t lo, int16_t hi) {  // (lo, hi) in every pair of lanes
+    return hn::BitCast(D16(), hn::Set(D32(), static_cast<int32_t>(static_cast<uint16_t>(lo) | uint32_t{static_cast<uint16_t>(hi)} << 16)));
+}
+
+// x and y interleaved into pairs, in each block: the lower and the upper
+// halves of the block.
+struct Zip {
+    V16 lo, hi;
+};
+HWY_INLINE Zip zipOf(V16 x, V16 y) {
+    const D16 d;
+    return {hn::InterleaveLower(d, x, y), hn::InterleaveUpper(d, x, y)};
+}
+
+// (wx x + wy y + k) >> Shift for each lane of the pairs z = zip(x, y), back
+// in the lanes of x (the pack undoes the interleave within each block): the
+// sums are exact 32-bit sums of 16-bit products (pmaddwd), so each result is
+// the documented one whenever it fits 16 bits.
+template <int Shift, int16_t Wx, int16_t Wy, int32_t K>
+HWY_INLINE V16 dot(const Zip& z) {
+    const D32 d32;
+    const V16 w = fromPair(Wx, Wy);
+    V32 s1 = hn::Zero(d32), s2 = hn::Zero(d32);
+    V32 lo = hn::ReorderWidenMulAccumulate(d32, z.lo, w, hn::Set(D32(), K), s1);
+    V32 hi = hn::ReorderWidenMulAccumulate(d32, z.hi, w, hn::Set(D32(), K), s2);
+    lo = hn::RearrangeToOddPlusEven(lo, s1);
+    hi = hn::RearrangeToOddPlusEven(hi, s2);
+    return hn::ReorderDemote2To(D16(), hn::ShiftRight<Shift>(lo), hn::ShiftRight<Shift>(hi));
+}
+
+// ---- Forward -------------------------------------------------------------
+
+// Channels a, b, c, k (R, G, B, K or Y, Cb, Cr) of the pixels of a step,
+// 0..255 in 16-bit lanes, as two sets: the even and the odd pixels (Pairs),
+// or the first and the second run of each block.
+struct Px {
+    V16 s[2][4];
 };
 
-template <class Src>
-HWY_INLINE Px8 loadPixels(typename Src::Elem* p) {
+template <bool Pairs>
+HWY_INLINE void splitBytes(V8 v, V16& first, V16& second) {
     const D8 d8;
     const DU16 du;
-    hn::Vec<D8> v0, v1, v2, v3;
+    if constexpr (Pairs) {
+        const VU16 w = hn::BitCast(du, v);
+        first = hn::BitCast(D16(), hn::And(w, hn::Set(DU16(), 255)));
+        second = hn::BitCast(D16(), hn::ShiftRight<8>(w));
+    } else {
+        first = hn::BitCast(D16(), hn::InterleaveLower(d8, v, hn::Zero(d8)));
+        second = hn::BitCast(D16(), hn::InterleaveUpper(d8, v, hn::Zero(d8)));
+    }
+}
+
+// A byte-shuffle table of one block, repeated over the vector's blocks (a
+// full load, so that it can stay a memory operand).
+struct Table {
+    alignas(64) uint8_t v[64];
+};
+constexpr Table ownTable(const uint8_t (&t)[16]) {
+    Table r{};
+    for (int i = 0; i < 64; ++i) r.v[i] = t[i % 16];
+    return r;
+}
+
+// 48 bytes of 16 RGB pixels in each block (A, B, C hold bytes 0..15, 16..31,
+// 32..47) to three byte vectors, within blocks.
+HWY_INLINE void deinterleave3(V8 A, V8 B, V8 C, V8 (&v)[3]) {
+    const D8 d;
+    constexpr uint8_t Z = 0x80;
+    static constexpr Table kIdx[3][3] = {
+        {ownTable({0, 3, 6, 9, 12, 15, Z, Z, Z, Z, Z, Z, Z, Z, Z, Z}),
+         ownTable({Z, Z, Z, Z, Z, Z, 2, 5, 8, 11, 14, Z, Z, Z, Z, Z}),
+         ownTable({Z, Z, Z, Z, Z, Z, Z, Z, Z, Z, Z, 1, 4, 7, 10, 13})},
+        {ownTable({1, 4, 7, 10, 13, Z, Z, Z, Z, Z, Z, Z, Z, Z, Z, Z}),
+         ownTable({Z, Z, Z, Z, Z, 0, 3, 6, 9, 12, 15, Z, Z, Z, Z, Z}),
+         ownTable({Z, Z, Z, Z, Z, Z, Z, Z, Z, Z, Z, 2, 5, 8, 11, 14})},
+        {ownTable({2, 5, 8, 11, 14, Z, Z, Z, Z, Z, Z, Z, Z, Z, Z, Z}),
+         ownTable({Z, Z, Z, Z, Z, 1, 4, 7, 10, 13, Z, Z, Z, Z, Z, Z}),
+         ownTable({Z, Z, Z, Z, Z, Z, Z, Z, Z, Z, 0, 3, 6, 9, 12, 15})}};
+    for (int c = 0; c < 3; ++c)
+        v[c] = hn::Xor3(hn::TableLookupBytesOr0(A, hn::Load(d, kIdx[c][0].v)),
+                        hn::TableLookupBytesOr0(B, hn::Load(d, kIdx[c][1].v)),
+                        hn::TableLookupBytesOr0(C, hn::Load(d, kIdx[c][2].v)));
+}
+
+// Lanes of type T of v0 and v1, of v2 and v3 interleaved, and the results
+// again in lanes twice as wide, within blocks: a 4 x 4 transpose of T lanes.
+template <class T>
+HWY_INLINE void transpose4(V8 v0, V8 v1, V8 v2, V8 v3, V8 (&out)[4]) {
+    const hn::Repartition<T, D8> d;
+    const hn::RepartitionToWide<decltype(d)> dw;
+    const auto lo01 = hn::BitCast(dw, hn::InterleaveLower(d, hn::BitCast(d, v0), hn::BitCast(d, v1)));
+    const auto hi01 = hn::BitCast(dw, hn::InterleaveUpper(d, hn::BitCast(d, v0), hn::BitCast(d, v1)));
+    const auto lo23 = hn::BitCast(dw, hn::InterleaveLower(d, hn::BitCast(d, v2), hn::BitCast(d, v3)));
+    const auto hi23 = hn::BitCast(dw, hn::InterleaveUpper(d, hn::BitCast(d, v2), hn::BitCast(d, v3)));
+    out[0] = hn::BitCast(D8(), hn::InterleaveLower(dw, lo01, lo23));
+    out[1] = hn::BitCast(D8(), hn::InterleaveUpper(dw, lo01, lo23));
+    out[2] = hn::BitCast(D8(), hn::InterleaveLower(dw, hi01, hi23));
+    out[3] = hn::BitCast(D8(), hn::InterleaveUpper(dw, hi01, hi23));
+}
+
+// 64 bytes of 16 four-byte pixels in each block (A..D: 4 pixels each) to
+// four byte vectors: gather each channel into 32 bits, then transpose.
+HWY_INLINE void deinterleave4(V8 A, V8 B, V8 C, V8 D, V8 (&v)[4]) {
+    static constexpr Table kGather = ownTable({0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15});
+    const V8 g = hn::Load(D8(), kGather.v);
+    transpose4<uint32_t>(hn::TableLookupBytes(A, g), hn::TableLookupBytes(B, g), hn::TableLookupBytes(C, g),
+                         hn::TableLookupBytes(D, g), v);
+}
+
+// The pixels of one step: block k holds the run at p + k * block, then the
+// run `second` bytes after it. Pairs: the second run directly follows (a row
+// of 16 pixels), and the sets are its even and odd pixels.
+template <class Src, bool Pairs>
+HWY_INLINE Px loadPx(const uint8_t* p, ptrdiff_t block, ptrdiff_t second) {
+    const D8 d;
+    Px px;
+    const auto at = [&](auto db, int k, ptrdiff_t off) { return hn::LoadU(db, p + k * block + off); };
     if constexpr (std::is_same_v<Src, McuRgb> || std::is_same_v<Src, McuBgr>) {
-        hn::LoadInterleaved3(d8, p, v0, v1, v2);
-        if constexpr (std::is_same_v<Src, McuBgr>) std::swap(v0, v2);
-        return {widen(v0), widen(v1), widen(v2), V16()};
+        V8 v[3];
+        const V8 B = fromBlocks(d, [&](auto db, int k) {
+            if constexpr (Pairs) {
+                return at(db, k, 16);
+            } else {
+                const hn::Half<decltype(db)> dq;
+                return hn::Combine(db, at(dq, k, second), at(dq, k, 16));
+            }
+        });
+        deinterleave3(fromBlocks(d, [&](auto db, int k) { return at(db, k, 0); }), B,
+                      fromBlocks(d, [&](auto db, int k) { return at(db, k, second + 8); }), v);
+        if constexpr (std::is_same_v<Src, McuBgr>) std::swap(v[0], v[2]);
+        for (int c = 0; c < 3; ++c) splitBytes<Pairs>(v[c], px.s[0][c], px.s[1][c]);
     } else if constexpr (std::is_same_v<Src, McuCmyk>) {
-        hn::LoadInterleaved4(d8, p, v0, v1, v2, v3);
-        const auto ink = hn::Set(d8, 255);
-        return {widen(hn::Sub(ink, v0)), widen(hn::Sub(ink, v1)), widen(hn::Sub(ink, v2)), widen(v3)};
+        V8 v[4];
+        deinterleave4(fromBlocks(d, [&](auto db, int k) { return at(db, k, 0); }),
+                      fromBlocks(d, [&](auto db, int k) { return at(db, k, 16); }),
+                      fromBlocks(d, [&](auto db, int k) { return at(db, k, second); }),
+                      fromBlocks(d, [&](auto db, int k) { return at(db, k, second + 16); }), v);
+        for (int c = 0; c < 3; ++c) v[c] = hn::Sub(hn::Set(D8(), 255), v[c]);
+        for (int c = 0; c < 4; ++c) splitBytes<Pairs>(v[c], px.s[0][c], px.s[1][c]);
     } else {
+        // Words: the fields of each run; even and odd pixels are the halves
+        // of 32-bit lanes, packed back within blocks (first run's four, then
+        // the second run's).
         constexpr bool is565 = std::is_same_v<Src, McuBgr565>;
-        const auto w = hn::LoadU(du, p);
-        const auto five = hn::Set(du, 31);
-        const auto r = hn::ShiftLeft<3>(hn::And(hn::ShiftRight<is565 ? 11 : 10>(w), five));
-        const auto g = is565 ? hn::ShiftLeft<2>(hn::And(hn::ShiftRight<5>(w), hn::Set(du, 63)))
-                             : hn::ShiftLeft<3>(hn::And(hn::ShiftRight<5>(w), five));
-        const auto b = hn::ShiftLeft<3>(hn::And(w, five));
-        return {hn::BitCast(D16(), r), hn::BitCast(D16(), g), hn::BitCast(D16(), b), V16()};
-    }
-}
-
-// Bits 16..23 of wa a + wb b + wc c + k, on 16-bit lanes: the weights split
-// into their high and low bytes, as in the colour family's scalar form.
-template <uint32_t WA, uint32_t WB, uint32_t WC, uint32_t K>
-HWY_INLINE V16 mid8(V16 a16, V16 b16, V16 c16) {
-    const DU16 du;
-    const auto a = hn::BitCast(du, a16), b = hn::BitCast(du, b16), c = hn::BitCast(du, c16);
-    const auto hi = hn::Add(hn::Add(hn::Mul(a, hn::Set(du, WA >> 8)), hn::Mul(b, hn::Set(du, WB >> 8))),
-                            hn::Add(hn::Mul(c, hn::Set(du, WC >> 8)), hn::Set(du, K >> 8)));
-    const auto lo = hn::Add(hn::Add(hn::Mul(a, hn::Set(du, WA & 255)), hn::Mul(b, hn::Set(du, WB & 255))),
-                            hn::Add(hn::Mul(c, hn::Set(du, WC & 255)), hn::Set(du, K & 255)));
-    return hn::BitCast(D16(), hn::ShiftRight<8>(hn::Add(hi, hn::ShiftRight<8>(lo))));
-}
-
-// Sums over the pixels of each chroma sample along a block row: the row
-// itself for 444, pairs of lanes for 422/411 (4 sums from 8 pixels).
-template <int H>
-HWY_INLINE V32 pairSums(V16 v, bool upper) {
-    if constexpr (H == 1) {
-        return upper ? upperHalf32(v) : lowerHalf32(v);
-    } else {
-        (void)upper;
-        const auto w = hn::BitCast(D32(), v);
-        return hn::Add(hn::And(w, hn::Set(D32(), 0xFFFF)), hn::ShiftRight<16>(w));
-    }
-}
-
-template <class Arith, int L>
-HWY_INLINE void chroma8(const V32 (&s)[3][2], Vqc16s* cb, Vqc16s* cr) {
-    const D32 d;
-    V32 vb[2], vr[2];
-    for (int h = 0; h < 2; ++h) {
-        if constexpr (std::is_same_v<Arith, McuFwdColour>) {
-            const auto rnd = hn::Set(d, 1 << (15 + L));
-            const auto r = s[0][h], g = s[1][h], b = s[2][h];
-            vb[h] = hn::ShiftRight<16 + L>(hn::Add(hn::Sub(hn::ShiftLeft<15>(b), hn::Add(hn::Mul(g, hn::Set(d, kWeightCbG)),
-                                                                                         hn::Mul(r, hn::Set(d, kWeightCbR)))),
-                                                   rnd));
-            vr[h] = hn::ShiftRight<16 + L>(hn::Add(hn::Sub(hn::ShiftLeft<15>(r), hn::Add(hn::Mul(g, hn::Set(d, kWeightCrG)),
-                                                                                         hn::Mul(b, hn::Set(d, kWeightCrB)))),
-                                                   rnd));
-        } else {
-            const auto rnd = hn::Set(d, 1 << L >> 1), k128 = hn::Set(d, 128);
-            vb[h] = hn::Sub(hn::ShiftRight<L>(hn::Add(s[1][h], rnd)), k128);
-            vr[h] = hn::Sub(hn::ShiftRight<L>(hn::Add(s[2][h], rnd)), k128);
+        const DU16 du;
+        const hn::Repartition<uint32_t, D16> du32;
+        const D32 d32;
+        VU16 f[2][3];
+        for (int r = 0; r < 2; ++r) {
+            const VU16 w = fromBlocks(du, [&](auto db, int k) {
+                return hn::LoadU(db, reinterpret_cast<const uint16_t*>(p + k * block + (r ? second : 0)));
+            });
+            const VU16 five = hn::Set(du, 31);
+            f[r][0] = hn::ShiftLeft<3>(hn::And(hn::ShiftRight<is565 ? 11 : 10>(w), five));
+            f[r][1] = is565 ? hn::ShiftLeft<2>(hn::And(hn::ShiftRight<5>(w), hn::Set(du, 63)))
+                            : hn::ShiftLeft<3>(hn::And(hn::ShiftRight<5>(w), five));
+            f[r][2] = hn::ShiftLeft<3>(hn::And(w, five));
+        }
+        for (int c = 0; c < 3; ++c) {
+            if constexpr (Pairs) {
+                const auto w0 = hn::BitCast(du32, f[0][c]), w1 = hn::BitCast(du32, f[1][c]);
+                const auto lo = hn::Set(du32, 0xFFFF);
+                px.s[0][c] = hn::ReorderDemote2To(D16(), hn::BitCast(d32, hn::And(w0, lo)), hn::BitCast(d32, hn::And(w1, lo)));
+                px.s[1][c] = hn::ReorderDemote2To(D16(), hn::BitCast(d32, hn::ShiftRight<16>(w0)),
+                                                  hn::BitCast(d32, hn::ShiftRight<16>(w1)));
+            } else {
+                px.s[0][c] = hn::BitCast(D16(), f[0][c]), px.s[1][c] = hn::BitCast(D16(), f[1][c]);
+            }
         }
     }
-    hn::StoreU(narrow(vb[0], vb[1]), D16(), cb);
-    hn::StoreU(narrow(vr[0], vr[1]), D16(), cr);
+    return px;
+}
+
+// What chroma is computed from, which the colour luma shares: colour u = G -
+// B and v = G - R (sums of which give Cb and Cr with weights that fit 16
+// bits), samples Cb and Cr.
+template <class Arith>
+HWY_INLINE void chromaPair(const V16* ch, V16& x, V16& y) {
+    if constexpr (std::is_same_v<Arith, McuFwdColour>) x = hn::Sub(ch[1], ch[2]), y = hn::Sub(ch[1], ch[0]);
+    else x = ch[1], y = ch[2];
+}
+
+// Level-shifted luma of R, G, B with z = zip(u, v): 19595 R + 38470 G + 7471
+// B = 65536 G - 7471 u - 19595 v, so Y = G + ((-7471 u - 19595 v + 32768 -
+// 128 * 65536) >> 16) (|-7471 u - 19595 v| < 2^23).
+template <class Arith>
+HWY_INLINE V16 luma(const V16* ch, const Zip& z) {
+    if constexpr (std::is_same_v<Arith, McuFwdColour>) {
+        static_assert(kWeightYR + kWeightYG + kWeightYB == 65536);
+        return hn::Add(ch[1], dot<16, -int16_t(kWeightYB), -int16_t(kWeightYR), 32768 - (128 << 16)>(z));
+    } else {
+        (void)z;
+        return hn::Sub(ch[0], hn::Set(D16(), 128));
+    }
+}
+
+// Level-shifted chroma from x, y summed over 2^L pixels (at most 1020 in
+// magnitude) and z = zip(x, y): Cb = 32768 B - 21709 G - 11059 R = -32768 u
+// + 11059 v and Cr = 5329 u - 32768 v, or the average of the samples.
+template <class Arith, int L>
+HWY_INLINE void chroma(V16 x, V16 y, const Zip& z, V16& cb, V16& cr) {
+    if constexpr (std::is_same_v<Arith, McuFwdColour>) {
+        static_assert(kWeightChroma == 32768 && kWeightCbG == 32768 - 11059 && kWeightCrG == 32768 - 5329);
+        (void)x, (void)y;
+        cb = dot<16 + L, -32768, int16_t(kWeightCbR), 1 << (15 + L)>(z);
+        cr = dot<16 + L, int16_t(kWeightCrB), -32768, 1 << (15 + L)>(z);
+    } else {
+        (void)z;
+        const V16 rnd = hn::Set(D16(), (1 << L) / 2), k128 = hn::Set(D16(), 128);
+        cb = hn::Sub(hn::ShiftRight<L>(hn::Add(x, rnd)), k128);
+        cr = hn::Sub(hn::ShiftRight<L>(hn::Add(y, rnd)), k128);
+    }
 }
 
 template <class Src, class Arith, int S, bool Ink = false>
 void mcuFwd(const void* pSrcV, int32_t srcStep, Vqc16s* const* pDst) {
     constexpr int H = kMcuH[S], V = kMcuV[S], L = (H - 1) + (V - 1);
-    using Elem = typename Src::Elem;
-    Elem* pSrc = static_cast<Elem*>(pSrcV);
+    const D16 d;
     if constexpr (std::is_same_v<Src, McuSrcPairs>) {
         // Y0 Cb Y1 Cr: eight pairs a vector; the Y of a row re-interleaved.
-        const D8 d8;
-        const D16 d;
-        const auto k128 = hn::Set(d, 128);
+        const hn::FixedTag<uint8_t, 8> d8;
+        const hn::FixedTag<int16_t, 8> d16;
+        const hn::FixedTag<uint16_t, 8> du;
+        const auto k128 = hn::Set(d16, 128);
+        const auto widen = [&](auto v) { return hn::Sub(hn::BitCast(d16, hn::PromoteTo(du, v)), k128); };
         for (int y = 0; y < 8; ++y) {
-            hn::Vec<D8> y0, cb, y1, cr;
-            hn::LoadInterleaved4(d8, rowAt(pSrc, srcStep, y), y0, cb, y1, cr);
-            hn::StoreU(hn::Sub(widen(hn::InterleaveLower(d8, y0, y1)), k128), d, pDst[0] + 8 * y);
-            hn::StoreU(hn::Sub(widen(hn::InterleaveUpper(d8, y0, y1)), k128), d, pDst[0] + 64 + 8 * y);
-            hn::StoreU(hn::Sub(widen(cb), k128), d, pDst[1] + 8 * y);
-            hn::StoreU(hn::Sub(widen(cr), k128), d, pDst[2] + 8 * y);
+            hn::Vec<decltype(d8)> y0, cb, y1, cr;
+            hn::LoadInterleaved4(d8, rowAt(static_cast<const Vqc8u*>(pSrcV), srcStep, y), y0, cb, y1, cr);
+            hn::StoreU(widen(hn::InterleaveLower(d8, y0, y1)), d16, pDst[0] + 8 * y);
+            hn::StoreU(widen(hn::InterleaveUpper(d8, y0, y1)), d16, pDst[0] + 64 + 8 * y);
+            hn::StoreU(widen(cb), d16, pDst[1] + 8 * y);
+            hn::StoreU(widen(cr), d16, pDst[2] + 8 * y);
         }
     } else {
-        const D16 d;
-        const auto k128 = hn::Set(d, 128);
-        constexpr int kBpp = sizeof(Elem) == 2 ? 1 : Ink ? 4 : 3;  // elements per pixel
-        for (int cy = 0; cy < 8; ++cy) {
-            V32 s[3][2];
-            for (int dy = 0; dy < V; ++dy) {
-                const int y = V * cy + dy;
-                Elem* row = rowAt(pSrc, srcStep, y);
-                for (int bx = 0; bx < H; ++bx) {
-                    const Px8 p = loadPixels<Src>(row + 8 * kBpp * bx);
-                    const int at = ownMcuLumaAt<H>(8 * bx, y);
-                    if constexpr (std::is_same_v<Arith, McuFwdColour>)
-                        hn::StoreU(hn::Sub(mid8<kWeightYR, kWeightYG, kWeightYB, 32768>(p.a, p.b, p.c), k128), d,
-                                   pDst[0] + at);
-                    else
-                        hn::StoreU(hn::Sub(p.a, k128), d, pDst[0] + at);
-                    if constexpr (Ink) hn::StoreU(hn::Sub(p.k, k128), d, pDst[3] + at);
-                    // The half of the chroma row this block row feeds (422/411),
-                    // or both halves (444).
-                    const V16 ch[3] = {p.a, p.b, p.c};
-                    for (int c = 0; c < 3; ++c)
-                        for (int h = 0; h < 2; ++h) {
-                            if (H == 2 && h != bx) continue;
-                            const V32 v = pairSums<H>(ch[c], h == 1);
-                            s[c][h] = dy == 0 ? v : hn::Add(s[c][h], v);
-                        }
+        const uint8_t* src = static_cast<const uint8_t*>(pSrcV);
+        const ptrdiff_t step = srcStep;
+        constexpr ptrdiff_t kRun = 8 * ptrdiff_t(sizeof(typename Src::Elem)) * (Ink ? 4 : sizeof(typename Src::Elem) == 2 ? 1 : 3);
+        const V16 k128 = hn::Set(D16(), 128);
+        if constexpr (H == 1) {
+            // Block k: rows y0 + k and y0 + kR + k, kept as runs.
+            for (int y0 = 0; y0 < 8; y0 += 2 * kR) {
+                const Px px = loadPx<Src, false>(src + y0 * step, step, kR * step);
+                for (int r = 0; r < 2; ++r) {
+                    const V16* ch = px.s[r];
+                    const int pos = 8 * (y0 + r * kR);
+                    V16 x, y, cb, cr;
+                    chromaPair<Arith>(ch, x, y);
+                    const Zip z = zipOf(x, y);
+                    hn::StoreU(luma<Arith>(ch, z), d, pDst[0] + pos);
+                    if constexpr (Ink) hn::StoreU(hn::Sub(ch[3], k128), d, pDst[3] + pos);
+                    chroma<Arith, 0>(x, y, z, cb, cr);
+                    hn::StoreU(cb, d, pDst[1] + pos);
+                    hn::StoreU(cr, d, pDst[2] + pos);
                 }
             }
-            chroma8<Arith, L>(s, pDst[1] + 8 * cy, pDst[2] + 8 * cy);
+        } else {
+            // Chroma rows c .. c + kR - 1; block k: the 16 pixels of row V (c +
+            // k) + v, which 411 takes as v = 0 and then v = 1. Even plus odd
+            // is the sum over a pair.
+            for (int c = 0; c < 8; c += kR) {
+                V16 sx, sy;
+                for (int v = 0; v < V; ++v) {
+                    const int y0 = V * c + v;
+                    const Px px = loadPx<Src, true>(src + y0 * step, V * step, kRun);
+                    V16 x[2], y[2], lu[2];
+                    for (int p = 0; p < 2; ++p) {
+                        chromaPair<Arith>(px.s[p], x[p], y[p]);
+                        lu[p] = luma<Arith>(px.s[p], zipOf(x[p], y[p]));
+                    }
+                    const int left = ownMcuLumaAt<2>(0, y0), right = ownMcuLumaAt<2>(8, y0);
+                    storeRuns<8 * V, int16_t>(hn::InterleaveLower(d, lu[0], lu[1]), pDst[0] + left);
+                    storeRuns<8 * V, int16_t>(hn::InterleaveUpper(d, lu[0], lu[1]), pDst[0] + right);
+                    if constexpr (Ink) {
+                        const V16 k0 = hn::Sub(px.s[0][3], k128), k1 = hn::Sub(px.s[1][3], k128);
+                        storeRuns<8 * V, int16_t>(hn::InterleaveLower(d, k0, k1), pDst[3] + left);
+                        storeRuns<8 * V, int16_t>(hn::InterleaveUpper(d, k0, k1), pDst[3] + right);
+                    }
+                    const V16 px2 = hn::Add(x[0], x[1]), py2 = hn::Add(y[0], y[1]);
+                    sx = v ? hn::Add(sx, px2) : px2;
+                    sy = v ? hn::Add(sy, py2) : py2;
+                }
+                V16 cb, cr;
+                chroma<Arith, L>(sx, sy, zipOf(sx, sy), cb, cr);
+                hn::StoreU(cb, d, pDst[1] + 8 * c);
+                hn::StoreU(cr, d, pDst[2] + 8 * c);
+            }
         }
     }
 }
 
-// Chroma terms of a row of 8 samples (Cb, Cr as bytes 0..255): what each
-// channel adds to Y, by the multiplication arithmetic, or the samples
-// themselves.
+// ---- Inverse -------------------------------------------------------------
+
+// Block values clamped to -128..127 (the byte less 128).
+HWY_INLINE V16 clampS8(V16 v) {
+    return hn::Min(hn::Max(v, hn::Set(D16(), -128)), hn::Set(D16(), 127));
+}
+
+// (w c + k) >> 16 equals (w c + 32768) >> 16 for every c in -128..127: the
+// rounded fixed-point product (pmulhrsw) of m c and w / (2 m) then gives it.
+constexpr bool ownRoundsAsFixedPoint(int32_t w, int32_t k) {
+    for (int32_t c = -128; c < 128; ++c)
+        if (((w * c + k) >> 16) != ((w * c + 32768) >> 16)) return false;
+    return true;
+}
+
+// What each channel adds to Y, from cb, cr less 128, as in the colour
+// family: R = Y + ((91880 cr + 32760) >> 16), G = Y + ((-22553 cb - 46801
+// cr + 32816) >> 16), B = Y + ((116128 cb + 32766) >> 16). Red and blue are
+// rounded fixed-point products of 2 cr and 22970, 4 cb and 14516. Green is a
+// pair dot with -46801 split as -65536 + 18735, -cr added after the shift
+// (exact, as it is a multiple of 65536 before). Samples: the bytes.
 template <class Arith>
-HWY_INLINE void terms8(V16 cb, V16 cr, V16 (&t)[3]) {
+HWY_INLINE void terms(V16 cb, V16 cr, V16 (&t)[3]) {
+    const D16 d;
     if constexpr (std::is_same_v<Arith, InvMul>) {
-        const D32 d;
-        V32 r[2], g[2], b[2];
-        for (int h = 0; h < 2; ++h) {
-            const V32 vb = h ? upperHalf32(cb) : lowerHalf32(cb), vr = h ? upperHalf32(cr) : lowerHalf32(cr);
-            r[h] = hn::ShiftRight<16>(hn::Add(hn::Mul(vr, hn::Set(d, 91880)), hn::Set(d, -11727880)));
-            g[h] = hn::ShiftRight<16>(hn::Add(hn::Add(hn::Mul(vb, hn::Set(d, -22553)), hn::Mul(vr, hn::Set(d, -46801))),
-                                              hn::Set(d, 8910128)));
-            b[h] = hn::ShiftRight<16>(hn::Add(hn::Mul(vb, hn::Set(d, 116128)), hn::Set(d, -14831618)));
-        }
-        t[0] = narrow(r[0], r[1]), t[1] = narrow(g[0], g[1]), t[2] = narrow(b[0], b[1]);
+        static_assert(kInvMul.rCr == 4 * 22970 && kInvMul.bCb == 8 * 14516 && kInvMul.gCr == -65536 + 18735);
+        static_assert(ownRoundsAsFixedPoint(kInvMul.rCr, kInvMul.rRound) &&
+                      ownRoundsAsFixedPoint(kInvMul.bCb, kInvMul.bRound));
+        t[0] = hn::MulFixedPoint15(hn::Add(cr, cr), hn::Set(d, 22970));
+        t[1] = hn::Sub(dot<16, int16_t(kInvMul.gCb), 18735, kInvMul.gRound>(zipOf(cb, cr)), cr);
+        t[2] = hn::MulFixedPoint15(hn::ShiftLeft<2>(cb), hn::Set(d, 14516));
     } else {
-        t[0] = hn::Zero(D16()), t[1] = cb, t[2] = cr;
+        const V16 k128 = hn::Set(d, 128);
+        t[0] = hn::Zero(d), t[1] = hn::Add(cb, k128), t[2] = hn::Add(cr, k128);
     }
 }
 
-// Clamped to -128..127 and shifted to 0..255.
-HWY_INLINE V16 loadByte(const Vqc16s* p) {
+// The bias that makes a saturating signed addition clamp at 255: a byte plus
+// kBias is at most 32767 exactly when the byte is at most 255.
+constexpr int16_t kBias = 32767 - 255;
+
+// A block value as a byte (clamped to -128..127, plus 128), plus kBias: the
+// saturating addition clamps at the top, the maximum at the bottom.
+HWY_INLINE V16 biasedByte(V16 v) {
     const D16 d;
-    return hn::Add(hn::Min(hn::Max(hn::LoadU(d, p), hn::Set(d, -128)), hn::Set(d, 127)), hn::Set(d, 128));
+    return hn::Max(hn::SaturatedAdd(v, hn::Set(d, int16_t(kBias + 128))), hn::Set(d, kBias));
 }
 
-template <class Dst>
-HWY_INLINE void storePixels(typename Dst::Elem* p, V16 r, V16 g, V16 b, V16 k) {
-    const D8 d8;
+// Channels of the pixels (0..255) from Y as a biased byte and the terms of
+// their chroma: Y + t, at most 482 and at least -227, saturated at the top
+// by the signed addition to the bias and at the bottom by the unsigned
+// subtraction of it.
+template <class Arith>
+HWY_INLINE void pixels(V16 y, const V16 (&t)[3], V16* out) {
     const DU16 du;
-    if constexpr (std::is_same_v<Dst, McuToRgb> || std::is_same_v<Dst, McuToBgr>) {
-        if constexpr (std::is_same_v<Dst, McuToBgr>) std::swap(r, b);
-        hn::StoreInterleaved3(hn::DemoteTo(d8, r), hn::DemoteTo(d8, g), hn::DemoteTo(d8, b), d8, p);
-    } else if constexpr (std::is_same_v<Dst, McuToCmyk>) {
-        const auto ink = hn::Set(d8, 255);
-        hn::StoreInterleaved4(hn::Sub(ink, hn::DemoteTo(d8, r)), hn::Sub(ink, hn::DemoteTo(d8, g)),
-                              hn::Sub(ink, hn::DemoteTo(d8, b)), hn::DemoteTo(d8, k), d8, p);
+    const VU16 bias = hn::Set(du, kBias);
+    if constexpr (std::is_same_v<Arith, InvMul>) {
+        for (int c = 0; c < 3; ++c) out[c] = hn::BitCast(D16(), hn::SaturatedSub(hn::BitCast(du, hn::SaturatedAdd(y, t[c])), bias));
     } else {
+        out[0] = hn::BitCast(D16(), hn::Sub(hn::BitCast(du, y), bias)), out[1] = t[1], out[2] = t[2];
+    }
+}
+
+// Two runs of 8 RGB pixels (48 bytes) come from three byte vectors, which
+// hold in each block: the first and second channel of the first run's pixel
+// j in bytes 2j and 2j + 1 (src 0), the same for the second run (src 1), and
+// the third channel of pixel j of the first run in byte 2j, of the second in
+// byte 2j + 1 (src 2). The shuffle of source src for piece `piece` (bytes 16
+// piece .. 16 piece + 15 of the 48):
+constexpr Table ownInterleaveTable(int piece, int src) {
+    uint8_t t[16]{};
+    for (int i = 0; i < 16; ++i) {
+        const int o = 16 * piece + i, run = o / 24, q = o % 24, j = q / 3, c = q % 3;
+        const bool here = c < 2 ? src == run : src == 2;
+        t[i] = here ? static_cast<uint8_t>(c < 2 ? 2 * j + c : 2 * j + run) : 0x80;
+    }
+    return ownTable(t);
+}
+
+// 16-bit values (0..255) of x and y as the low and high bytes of each lane.
+HWY_INLINE V8 pairBytes(V16 x, V16 y) {
+    return hn::BitCast(D8(), hn::Or(x, hn::ShiftLeft<8>(y)));
+}
+
+// The three channels of runs a and b (a block holding one run of each) to
+// the 48 bytes of the runs (out: bytes 0..15, 16..31, 32..47 of each
+// block), within blocks: the first piece is all run a, the last all run b.
+HWY_INLINE void interleave3(const V16* a, const V16* b, V8 (&out)[3]) {
+    const D8 d;
+    static constexpr Table kIdx[3][3] = {
+        {ownInterleaveTable(0, 0), ownInterleaveTable(0, 1), ownInterleaveTable(0, 2)},
+        {ownInterleaveTable(1, 0), ownInterleaveTable(1, 1), ownInterleaveTable(1, 2)},
+        {ownInterleaveTable(2, 0), ownInterleaveTable(2, 1), ownInterleaveTable(2, 2)}};
+    const V8 src[3] = {pairBytes(a[0], a[1]), pairBytes(b[0], b[1]), pairBytes(a[2], b[2])};
+    const auto from = [&](int piece, int i) { return hn::TableLookupBytesOr0(src[i], hn::Load(d, kIdx[piece][i].v)); };
+    out[0] = hn::Or(from(0, 0), from(0, 2));
+    out[1] = hn::Or3(from(1, 0), from(1, 1), from(1, 2));
+    out[2] = hn::Or(from(2, 1), from(2, 2));
+}
+
+// The pixels of one step into the destination: a and b hold channels R, G,
+// B, K (0..255), one run a block each; the runs of a, then those of b, go to
+// run(0) .. run(2 kR - 1).
+template <class Dst, class Run>
+HWY_INLINE void storePixels(const V16 (&a)[4], const V16 (&b)[4], Run run) {
+    if constexpr (std::is_same_v<Dst, McuToBgr555> || std::is_same_v<Dst, McuToBgr565>) {
         constexpr bool is565 = std::is_same_v<Dst, McuToBgr565>;
-        const auto sat = [du](V16 v) {
-            return hn::BitCast(du, hn::Min(hn::Max(v, hn::Zero(D16())), hn::Set(D16(), 255)));
-        };
-        const auto f8 = hn::Set(du, 0xF8);
-        const auto hi = hn::ShiftLeft<is565 ? 8 : 7>(hn::And(sat(r), f8));
-        const auto mid = is565 ? hn::ShiftLeft<3>(hn::And(sat(g), hn::Set(du, 0xFC))) : hn::ShiftLeft<2>(hn::And(sat(g), f8));
-        hn::StoreU(hn::Or(hn::Or(hi, mid), hn::ShiftRight<3>(sat(b))), du, p);
+        const DU16 du;
+        for (int h = 0; h < 2; ++h) {
+            const V16(&x)[4] = h ? b : a;
+            const VU16 f8 = hn::Set(du, 0xF8);
+            const VU16 hi = hn::ShiftLeft<is565 ? 8 : 7>(hn::And(hn::BitCast(du, x[0]), f8));
+            const VU16 g = hn::BitCast(du, x[1]);
+            const VU16 mid = is565 ? hn::ShiftLeft<3>(hn::And(g, hn::Set(du, 0xFC))) : hn::ShiftLeft<2>(hn::And(g, f8));
+            const VU16 w = hn::Or(hn::Or(hi, mid), hn::ShiftRight<3>(hn::BitCast(du, x[2])));
+            for (int k = 0; k < kR; ++k)
+                hn::StoreU(blockOf(w, k), hn::Full128<uint16_t>(), reinterpret_cast<uint16_t*>(run(h * kR + k)));
+        }
+    } else if constexpr (std::is_same_v<Dst, McuToCmyk>) {
+        const D8 d;
+        const hn::Rebind<uint8_t, D16> dh;
+        V8 c[4], x[4];
+        for (int i = 0; i < 4; ++i) c[i] = hn::Combine(d, hn::DemoteTo(dh, b[i]), hn::DemoteTo(dh, a[i]));
+        for (int i = 0; i < 3; ++i) c[i] = hn::Sub(hn::Set(d, 255), c[i]);
+        transpose4<uint8_t>(c[0], c[1], c[2], c[3], x);  // 4 pixels in each of x[0..3]
+        for (int k = 0; k < kR; ++k) {
+            uint8_t* p = run(2 * k);
+            uint8_t* q = run(2 * k + 1);
+            hn::StoreU(blockOf(x[0], k), DB8(), p);
+            hn::StoreU(blockOf(x[1], k), DB8(), p + 16);
+            hn::StoreU(blockOf(x[2], k), DB8(), q);
+            hn::StoreU(blockOf(x[3], k), DB8(), q + 16);
+        }
+    } else {
+        // Block k holds the runs a_k and b_k.
+        V8 x[3];
+        if constexpr (std::is_same_v<Dst, McuToBgr>) {
+            const V16 ra[3] = {a[2], a[1], a[0]}, rb[3] = {b[2], b[1], b[0]};
+            interleave3(ra, rb, x);
+        } else {
+            interleave3(a, b, x);
+        }
+        const hn::Half<DB8> dq;
+        for (int k = 0; k < kR; ++k) {
+            uint8_t* p = run(k);
+            uint8_t* q = run(kR + k);
+            const VB8 mid = blockOf(x[1], k);
+            hn::StoreU(blockOf(x[0], k), DB8(), p);
+            hn::StoreU(hn::LowerHalf(dq, mid), dq, p + 16);
+            hn::StoreU(hn::UpperHalf(dq, mid), dq, q);
+            hn::StoreU(blockOf(x[2], k), DB8(), q + 8);
+        }
     }
 }
 
 template <class Arith, class Dst, int S, bool Ink = false>
 void mcuInv(const Vqc16s* const* pSrc, void* pDstV, int32_t dstStep) {
     constexpr int H = kMcuH[S], V = kMcuV[S];
-    using Elem = typename Dst::Elem;
-    Elem* pDst = static_cast<Elem*>(pDstV);
     if constexpr (std::is_same_v<Dst, McuDstPairs>) {
         // The even and odd pixels of a row become Y0 and Y1 of the pairs.
-        const D8 d8;
-        const D16 d;
+        const hn::FixedTag<uint8_t, 8> d8;
+        const hn::FixedTag<int16_t, 8> d16;
+        const auto byte = [&](const Vqc16s* p) {
+            const auto v = hn::LoadU(d16, p);
+            return hn::Add(hn::Min(hn::Max(v, hn::Set(d16, -128)), hn::Set(d16, 127)), hn::Set(d16, 128));
+        };
         for (int y = 0; y < 8; ++y) {
-            const V16 left = loadByte(pSrc[0] + 8 * y), right = loadByte(pSrc[0] + 64 + 8 * y);
-            hn::StoreInterleaved4(hn::DemoteTo(d8, hn::ConcatEven(d, right, left)), hn::DemoteTo(d8, loadByte(pSrc[1] + 8 * y)),
-                                  hn::DemoteTo(d8, hn::ConcatOdd(d, right, left)), hn::DemoteTo(d8, loadByte(pSrc[2] + 8 * y)),
-                                  d8, rowAt(pDst, dstStep, y));
+            const auto left = byte(pSrc[0] + 8 * y), right = byte(pSrc[0] + 64 + 8 * y);
+            hn::StoreInterleaved4(hn::DemoteTo(d8, hn::ConcatEven(d16, right, left)), hn::DemoteTo(d8, byte(pSrc[1] + 8 * y)),
+                                  hn::DemoteTo(d8, hn::ConcatOdd(d16, right, left)), hn::DemoteTo(d8, byte(pSrc[2] + 8 * y)),
+                                  d8, rowAt(static_cast<Vqc8u*>(pDstV), dstStep, y));
         }
     } else {
         const D16 d;
-        constexpr int kBpp = sizeof(Elem) == 2 ? 1 : Ink ? 4 : 3;
-        for (int cy = 0; cy < 8; ++cy) {
-            V16 t[3];
-            terms8<Arith>(loadByte(pSrc[1] + 8 * cy), loadByte(pSrc[2] + 8 * cy), t);
-            V16 tb[2][3];  // the terms of each block row's 8 pixels
-            for (int c = 0; c < 3; ++c) {
-                if constexpr (H == 1) {
-                    tb[0][c] = t[c];
-                } else {
-                    tb[0][c] = hn::InterleaveLower(d, t[c], t[c]);
-                    tb[1][c] = hn::InterleaveUpper(d, t[c], t[c]);
-                }
+        const auto termsAt = [&](int i, V16 (&v)[3]) {
+            terms<Arith>(clampS8(hn::LoadU(d, pSrc[1] + i)), clampS8(hn::LoadU(d, pSrc[2] + i)), v);
+        };
+        uint8_t* dst = static_cast<uint8_t*>(pDstV);
+        const ptrdiff_t step = dstStep;
+        constexpr ptrdiff_t kRun = 8 * ptrdiff_t(sizeof(typename Dst::Elem)) * (Ink ? 4 : sizeof(typename Dst::Elem) == 2 ? 1 : 3);
+        const V16 k128 = hn::Set(D16(), 128);
+        // Y (and K) of the runs at pos, with the terms tv, to channels.
+        const auto channels = [&](int pos, const V16 (&tv)[3], V16 (&x)[4]) {
+            pixels<Arith>(biasedByte(hn::LoadU(d, pSrc[0] + pos)), tv, x);
+            if constexpr (Ink) x[3] = hn::Add(clampS8(hn::LoadU(d, pSrc[3] + pos)), k128);
+            else x[3] = hn::Zero(d);
+        };
+        if constexpr (H == 1) {
+            // a: rows y0 .. y0 + kR - 1, b: the kR rows after them.
+            for (int y0 = 0; y0 < 8; y0 += 2 * kR) {
+                V16 a[4], b[4], ta[3], tb[3];
+                termsAt(8 * y0, ta);
+                termsAt(8 * (y0 + kR), tb);
+                channels(8 * y0, ta, a);
+                channels(8 * (y0 + kR), tb, b);
+                storePixels<Dst>(a, b, [&](int i) { return dst + (y0 + i) * step; });
             }
-            for (int dy = 0; dy < V; ++dy) {
-                const int y = V * cy + dy;
-                Elem* row = rowAt(pDst, dstStep, y);
-                for (int bx = 0; bx < H; ++bx) {
-                    const int at = ownMcuLumaAt<H>(8 * bx, y);
-                    const V16 luma = loadByte(pSrc[0] + at);
-                    const V16 k = Ink ? loadByte(pSrc[3] + at) : V16();
-                    const auto& tt = tb[bx];
-                    if constexpr (std::is_same_v<Arith, InvMul>)
-                        storePixels<Dst>(row + 8 * kBpp * bx, hn::Add(luma, tt[0]), hn::Add(luma, tt[1]),
-                                         hn::Add(luma, tt[2]), k);
-                    else
-                        storePixels<Dst>(row + 8 * kBpp * bx, luma, tt[1], tt[2], k);
+        } else {
+            // The terms of every chroma sample first, then rows y0 .. y0 + kR
+            // - 1: a the left block's runs, b the right's.
+            constexpr int kN = static_cast<int>(hn::MaxLanes(D16()));
+            alignas(64) int16_t t[3][64];
+            for (int i = 0; i < 64; i += kN) {
+                V16 v[3];
+                termsAt(i, v);
+                for (int c = 0; c < 3; ++c) hn::Store(v[c], d, t[c] + i);
+            }
+            for (int y0 = 0; y0 < 8 * V; y0 += kR) {
+                V16 a[4], b[4], ta[3], tb[3];
+                for (int c = 0; c < 3; ++c) {
+                    // Block k: row y0 + k, of chroma row (y0 + k) / V.
+                    V16 tv;
+                    if constexpr (V == 1) tv = hn::LoadU(d, t[c] + 8 * y0);
+                    else tv = loadRuns(t[c], [y0](int k) { return 8 * ((y0 + k) / 2); });
+                    ta[c] = hn::InterleaveLower(d, tv, tv);
+                    tb[c] = hn::InterleaveUpper(d, tv, tv);
                 }
+                channels(ownMcuLumaAt<2>(0, y0), ta, a);
+                channels(ownMcuLumaAt<2>(8, y0), tb, b);
+                storePixels<Dst>(a, b, [&](int i) { return dst + (y0 + i % kR) * step + i / kR * kRun; });
             }
         }
     }

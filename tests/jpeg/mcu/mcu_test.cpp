@@ -24,11 +24,17 @@ std::vector<std::vector<uint8_t>> pixelCases(size_t bytes) {
         for (size_t i = 0; i < bytes; ++i) b[i] = c[i % 3];
         cases.push_back(b);
     }
+    for (size_t period : {1, 3}) {  // bytes, then three-byte pixels, alternating 0 and 255
+        std::vector<uint8_t> b(bytes);
+        for (size_t i = 0; i < bytes; ++i) b[i] = i / period % 2 ? 255 : 0;
+        cases.push_back(b);
+    }
     return cases;
 }
 
 // Blocks for the inverse: wide random values (clamped on input), the ends of
-// 16 bits, and the forward result of the pixel cases.
+// 16 bits in every combination of planes, and the forward result of the
+// pixel cases.
 std::vector<std::vector<Vqc16s>> blockCases(const McuForm& f) {
     std::vector<std::vector<Vqc16s>> cases;
     std::mt19937 rng(31);
@@ -36,6 +42,16 @@ std::vector<std::vector<Vqc16s>> blockCases(const McuForm& f) {
         std::vector<Vqc16s> v(f.blockValues());
         std::uniform_int_distribution<int> d(s < 20 ? -140 : -32768, s < 20 ? 140 : 32767);
         for (auto& x : v) x = Vqc16s(d(rng));
+        cases.push_back(v);
+    }
+    // Every corner of the 16-bit range in Y (and K), Cb and Cr.
+    const size_t luma = size_t(64) * f.h * f.v;
+    for (int bits = 0; bits < 8; ++bits) {
+        std::vector<Vqc16s> v(f.blockValues());
+        for (size_t i = 0; i < v.size(); ++i) {
+            const int plane = i < luma || i >= luma + 128 ? 0 : i < luma + 64 ? 1 : 2;
+            v[i] = Vqc16s(bits >> plane & 1 ? 32767 : -32768);
+        }
         cases.push_back(v);
     }
     const int step = f.width() * f.bytesPerPixel();
