@@ -495,7 +495,7 @@ VQCJ_API VqcStatus vqciEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const Vqc16s* pSr
                            .fail(static_cast<uint32_t>(pState->correctionCount) > kMaxCorrectionCount, vqcStatusBadArg))
         return st;
     return withWriter(pDst, dstLenBytes, pDstCurrPos, pState, acTable, [&](auto& w) {
-        RefineWriter out{w, buf};
+        RefineWriter<decltype(w.out)> out{w, buf};
         return refineWalk(out, pSrc, Ss, Se, Al, pState);
     });
 }
