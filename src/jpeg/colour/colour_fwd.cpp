@@ -159,7 +159,8 @@ struct FwdSteps<SrcPlanes<Ink>, Arith, NOut> {
 // Interleaved bytes: one pixel a 32-bit lane. A step is four vectors of
 // lanes; block k of vector j holds pixels 16k + 4j .. 16k + 4j + 3, each
 // block loaded on its own, so that no shuffle crosses blocks. A lane holds u
-// and v as its 16-bit halves, and each sum is one multiply-add of the lane.
+// and v as its 16-bit halves, and each sum is one multiply-add of the lane;
+// Y adds 65536 G from a lane that holds G in both halves.
 using DI16 = hn::Repartition<int16_t, DF8>;
 using DU32 = hn::Repartition<uint32_t, DF8>;
 using VI16 = hn::Vec<DI16>;
@@ -177,8 +178,9 @@ constexpr Table ownLaneTable(int bpp, int at, int lo, int hi) {
     return ownTable(t);
 }
 
-// The output bytes of a step from its four vectors of sums: lane i of
-// vector j first goes to byte 4i + j, then each block's 4 x 4 bytes are
+// The output bytes of a step from its four vectors of sums, the bytes in
+// bits 16..23 and nothing above them: lane i of a block of vector j first
+// goes to byte 4i + j of the block, then each block's 4 x 4 bytes are
 // transposed into pixel order.
 HWY_INLINE VF8 bytesOf(const VU32 (&s)[4]) {
     const DU32 d;
