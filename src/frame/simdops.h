@@ -1,8 +1,10 @@
 // Highway pieces shared by the kernels: byte lanes widened and narrowed,
-// bytes paired without regard to 128-bit blocks, and the carry
-// of a 16-bit addition, which lets fixed-point products whose sums need more
-// than 16 bits stay on 16-bit lanes. Included inside each kernel source's
-// per-target pass (it re-includes itself with the target).
+// bytes paired without regard to 128-bit blocks, the carry of a 16-bit
+// addition, which lets fixed-point products whose sums need more than 16
+// bits stay on 16-bit lanes, and vectors built and taken apart block by
+// block, for kernels that keep their shuffles inside 128-bit blocks.
+// Included inside each kernel source's per-target pass (it re-includes
+// itself with the target).
 #if defined(VQCJ_FRAME_SIMDOPS_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef VQCJ_FRAME_SIMDOPS_H_
 #undef VQCJ_FRAME_SIMDOPS_H_
@@ -86,6 +88,90 @@ inline V16 PairSums(const uint8_t* p) {
     const V16 v = hn::LoadU(D16(), reinterpret_cast<const uint16_t*>(p));
     return hn::Add(LowBytes(v), HighBytes(v));
 }
+
+// ---- Block-wise pieces --------------------------------------------------------
+
+#if HWY_TARGET != HWY_SCALAR
+// A vector from its blocks, block k = piece(block tag, k), and back.
+template <class D, class F>
+HWY_INLINE hn::Vec<D> FromBlocks(D d, F piece, int first = 0) {
+    if constexpr (hn::MaxLanes(D()) * sizeof(hn::TFromD<D>) == 16) {
+        return piece(d, first);
+    } else {
+        const hn::Half<D> dh;
+        constexpr int kHalf = static_cast<int>(hn::MaxLanes(dh) * sizeof(hn::TFromD<D>) / 16);
+        return hn::Combine(d, FromBlocks(dh, piece, first + kHalf), FromBlocks(dh, piece, first));
+    }
+}
+template <class V>
+HWY_INLINE hn::Vec<hn::Full128<hn::TFromV<V>>> BlockOf(V v, int k) {
+    using D = hn::DFromV<V>;
+    if constexpr (hn::MaxLanes(D()) * sizeof(hn::TFromV<V>) == 16) {
+        return v;
+    } else {
+        const hn::Half<D> dh;
+        constexpr int kHalf = static_cast<int>(hn::MaxLanes(dh) * sizeof(hn::TFromV<V>) / 16);
+        return k < kHalf ? BlockOf(hn::LowerHalf(dh, v), k) : BlockOf(hn::UpperHalf(dh, v), k - kHalf);
+    }
+}
+#endif
+
+// A byte-shuffle table of one block, repeated over the widest vector's
+// blocks (a full load, so that it can stay a memory operand).
+struct Table {
+    alignas(64) uint8_t v[64];
+};
+constexpr Table ownTable(const uint8_t (&t)[16]) {
+    Table r{};
+    for (int i = 0; i < 64; ++i) r.v[i] = t[i % 16];
+    return r;
+}
+
+// ---- Pairwise products ---------------------------------------------------------
+
+using DS32 = hn::Repartition<int32_t, DS16>;
+using VS32 = hn::Vec<DS32>;
+
+// x and y interleaved into pairs, in each block: the lower and the upper
+// halves of the block.
+struct Zip {
+    VS16 lo, hi;
+};
+
+#if HWY_TARGET != HWY_SCALAR
+// K + Wx x + Wy y in each 32-bit lane, x and y its lower and upper 16 bits:
+// exact 32-bit sums of 16-bit products (pmaddwd).
+template <int16_t Wx, int16_t Wy, int32_t K>
+HWY_INLINE VS32 PairDot(VS16 xy) {
+    const DS32 d32;
+    const uint32_t w = static_cast<uint16_t>(Wx) | uint32_t{static_cast<uint16_t>(Wy)} << 16;
+    VS32 odd = hn::Zero(d32);
+    const VS32 sum = hn::ReorderWidenMulAccumulate(d32, xy, hn::BitCast(DS16(), hn::Set(d32, static_cast<int32_t>(w))),
+                                                   hn::Set(d32, K), odd);
+    return hn::RearrangeToOddPlusEven(sum, odd);
+}
+
+HWY_INLINE Zip ZipOf(VS16 x, VS16 y) {
+    const DS16 d;
+    return {hn::InterleaveLower(d, x, y), hn::InterleaveUpper(d, x, y)};
+}
+
+// (Wx x + Wy y + K) >> Shift for each lane of the pairs z = zip(x, y), back
+// in the lanes of x (the pack undoes the interleave within each block): each
+// result is the exact one whenever it fits 16 bits.
+template <int Shift, int16_t Wx, int16_t Wy, int32_t K>
+HWY_INLINE VS16 Dot(const Zip& z) {
+    return hn::ReorderDemote2To(DS16(), hn::ShiftRight<Shift>(PairDot<Wx, Wy, K>(z.lo)),
+                                hn::ShiftRight<Shift>(PairDot<Wx, Wy, K>(z.hi)));
+}
+#else
+// The baseline runs the plain routines; its kernels only name these.
+template <int16_t Wx, int16_t Wy, int32_t K>
+VS32 PairDot(VS16 xy);
+Zip ZipOf(VS16 x, VS16 y);
+template <int Shift, int16_t Wx, int16_t Wy, int32_t K>
+VS16 Dot(const Zip& z);
+#endif
 
 }  // namespace vqcj::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

@@ -6,8 +6,8 @@
 // kBlock pixels; interleaved and packed sides are unpacked into (or packed
 // from) small planar scratch arrays, planar sides are used in place, and the
 // arithmetic runs on planar arrays, where GCC vectorises it. These plain
-// routines serve the baseline target; the other SIMD targets run the same
-// arithmetic on Highway vectors (colour_fwd.cpp, colour_inv.cpp), a whole
+// routines serve the baseline target; the other SIMD targets compute the
+// same bits on Highway vectors (colour_fwd.cpp, colour_inv.cpp), a whole
 // byte vector a step, and finish each row with the plain routine.
 #pragma once
 
@@ -482,7 +482,7 @@ void ownInvRow(const Vqc8u* const* srow, typename Dst::Elem* const* drow, int32_
 // Every member is one form: its layouts and arithmetic. The row runs of a
 // form go through one dispatched kernel (colour_fwd.cpp, colour_inv.cpp),
 // whose baseline target runs the row routines above and whose other targets
-// run the same arithmetic on Highway vectors.
+// compute the same bits on Highway vectors.
 
 using SrcRgb3 = SrcPix<3, 0, 1, 2>;
 using SrcBgr3 = SrcPix<3, 2, 1, 0>;

@@ -15,34 +15,50 @@ HWY_BEFORE_NAMESPACE();
 namespace vqcj::HWY_NAMESPACE {
 namespace {
 
-// ownMid8 on 16-bit lanes: the same split sums, the same wrap.
-template <uint32_t WA, uint32_t WB, uint32_t WC, uint32_t K>
-V16 mid8(V16 a, V16 b, V16 c) {
-    const V16 hi = AddTimes<(WC >> 8)>(AddTimes<(WB >> 8)>(AddTimes<(WA >> 8)>(hn::Set(D16(), K >> 8), a), b), c);
-    const V16 lo = AddTimes<(WC & 255)>(AddTimes<(WB & 255)>(AddTimes<(WA & 255)>(hn::Set(D16(), K & 255), a), b), c);
-    return hn::ShiftRight<8>(hn::Add(hi, hn::ShiftRight<8>(lo)));
+// The sums of the plain routine, exactly, each as one pairwise multiply-add
+// (pmaddwd) of u = G - B and v = G - R, whose weights then fit 16 bits:
+//   Y = 65536 G - 7471 u - 19595 v + round
+//   Cb = -32768 u + 11059 v + K, Cr = 5329 u - 32768 v + K
+// (the chroma weights sum to zero). Only bits 16..23 are stored, so K
+// counts modulo 2^24; so taken, every sum lies in [0, 2^24): the output is
+// the sum shifted down by 16, with nothing above it.
+template <class Arith>
+struct Weights {
+    static_assert(kWeightYR + kWeightYG + kWeightYB == 65536 && kWeightChroma == 32768 &&
+                  kWeightCbG + kWeightCbR == kWeightChroma && kWeightCrG + kWeightCrB == kWeightChroma);
+    static constexpr int16_t kYU = -int16_t(kWeightYB), kYV = -int16_t(kWeightYR);
+    static constexpr int16_t kCbU = -32768, kCbV = int16_t(kWeightCbR);
+    static constexpr int16_t kCrU = int16_t(kWeightCrB), kCrV = -32768;
+    static constexpr int32_t kY = int32_t(Arith::kYRound);
+    // The member's chroma constant (kChroma carries 255 times the weight of
+    // the complemented sample).
+    static constexpr int32_t kK = int32_t((Arith::kChroma + 255u * kWeightChroma) & 0xFFFFFFu);
+    static_assert(kY >= 0 && kY < 65536 && kK >= 255 * 32768 && kK + 255 * 32768 < (1 << 24));
+};
+
+// Y, Cb and Cr of 16-bit lanes of R, G, B (0..255), in the same lanes;
+// NOut 1: Y only. Templates, so that the baseline pass never instantiates
+// them.
+template <class Arith, int NOut>
+void yccOf(V16 r, V16 g, V16 b, V16& y, V16& cb, V16& cr) {
+    using W = Weights<Arith>;
+    const D16 d;
+    const Zip z = ZipOf(hn::BitCast(DS16(), hn::Sub(g, b)), hn::BitCast(DS16(), hn::Sub(g, r)));
+    y = hn::Add(g, hn::BitCast(d, Dot<16, W::kYU, W::kYV, W::kY>(z)));
+    if constexpr (NOut > 1) {
+        cb = hn::BitCast(d, Dot<16, W::kCbU, W::kCbV, W::kK>(z));
+        cr = hn::BitCast(d, Dot<16, W::kCrU, W::kCrV, W::kK>(z));
+    }
 }
 
-template <class Arith>
-V16 lumaOf(V16 r, V16 g, V16 b) {
-    return mid8<kWeightYR, kWeightYG, kWeightYB, Arith::kYRound>(r, g, b);
-}
-template <class Arith>
-void chromaOf(V16 r, V16 g, V16 b, V16& cb, V16& cr) {
-    const V16 k255 = hn::Set(D16(), 255), ng = hn::Sub(k255, g);
-    cb = mid8<kWeightChroma, kWeightCbG, kWeightCbR, Arith::kChroma>(b, ng, hn::Sub(k255, r));
-    cr = mid8<kWeightChroma, kWeightCrG, kWeightCrB, Arith::kChroma>(r, ng, hn::Sub(k255, b));
-}
-
-// Lanes(DF8) pixels from column x of a source layout: R, G, B widened, as
-// two halves, K as bytes. kStride: elements a pixel in each plane, for the
-// plain tail. Templates, so that the baseline pass never instantiates them.
+// Lanes(DF8) pixels from column x, for the fused rows (pixels) and the
+// packed words: R, G, B widened, as two halves, K as bytes. Templates, so
+// that the baseline pass never instantiates them.
 template <class Src>
 struct VecSrc;
 
 template <int Bpp, int RI, int GI, int BI, bool Ink>
 struct VecSrc<SrcPix<Bpp, RI, GI, BI, Ink>> {
-    static constexpr int kStride = Bpp;
     template <class D = DF8>
     static void load(const Vqc8u* const* row, int32_t x, V16 (&r)[2], V16 (&g)[2], V16 (&b)[2], VF8& k) {
         const D d8;
@@ -57,25 +73,8 @@ struct VecSrc<SrcPix<Bpp, RI, GI, BI, Ink>> {
     }
 };
 
-template <bool Ink>
-struct VecSrc<SrcPlanes<Ink>> {
-    static constexpr int kStride = 1;
-    template <class D = DF8>
-    static void load(const Vqc8u* const* row, int32_t x, V16 (&r)[2], V16 (&g)[2], V16 (&b)[2], VF8& k) {
-        const D d8;
-        VF8 v[3];
-        for (int c = 0; c < 3; ++c) {
-            v[c] = hn::LoadU(d8, row[c] + x);
-            if constexpr (Ink) v[c] = hn::Not(v[c]);
-        }
-        if constexpr (Ink) k = hn::LoadU(d8, row[3] + x);
-        WidenHalves(v[0], r), WidenHalves(v[1], g), WidenHalves(v[2], b);
-    }
-};
-
 template <bool Is565, bool RedHigh>
 struct VecSrc<SrcPacked<Is565, RedHigh>> {
-    static constexpr int kStride = 1;
     template <class D = D16>
     static void load(const Vqc16u* const* row, int32_t x, V16 (&r)[2], V16 (&g)[2], V16 (&b)[2], VF8&) {
         const D d;
@@ -92,6 +91,12 @@ struct VecSrc<SrcPacked<Is565, RedHigh>> {
     }
 };
 
+// Elements a pixel takes in plane 0 of a source layout.
+template <class Src>
+constexpr int kPixelElems = 1;
+template <int Bpp, int RI, int GI, int BI, bool Ink>
+constexpr int kPixelElems<SrcPix<Bpp, RI, GI, BI, Ink>> = Bpp;
+
 // Row pointers moved on by x pixels.
 template <int Stride, class T, int N>
 RowPtrs<T, N> advance(RowPtrs<T, N> rows, int32_t x) {
@@ -99,32 +104,150 @@ RowPtrs<T, N> advance(RowPtrs<T, N> rows, int32_t x) {
     return rows;
 }
 
+// Vector steps over a row, Lanes(DF8) pixels a step: the column reached.
+// Packed words: R, G, B widened into two halves.
+template <class Src, class Arith, int NOut>
+struct FwdSteps {
+    static int32_t run(typename Src::Elem* const* s, Vqc8u* const* d, int32_t width) {
+        const DF8 d8;
+        const int32_t n = static_cast<int32_t>(hn::Lanes(d8));
+        int32_t x = 0;
+        for (; x + n <= width; x += n) {
+            V16 r[2], g[2], b[2], y[2], cb[2], cr[2];
+            VF8 k;
+            VecSrc<Src>::load(s, x, r, g, b, k);
+            for (int h = 0; h < 2; ++h) yccOf<Arith, NOut>(r[h], g[h], b[h], y[h], cb[h], cr[h]);
+            hn::StoreU(NarrowHalves(y[0], y[1]), d8, d[0] + x);
+            if constexpr (NOut > 1) {
+                hn::StoreU(NarrowHalves(cb[0], cb[1]), d8, d[1] + x);
+                hn::StoreU(NarrowHalves(cr[0], cr[1]), d8, d[2] + x);
+            }
+        }
+        return x;
+    }
+};
+
+// Planes: the even and the odd pixels as 16-bit lanes, which need no
+// shuffle either way.
+template <bool Ink, class Arith, int NOut>
+struct FwdSteps<SrcPlanes<Ink>, Arith, NOut> {
+    static int32_t run(const Vqc8u* const* s, Vqc8u* const* d, int32_t width) {
+        const DF8 d8;
+        const int32_t n = static_cast<int32_t>(hn::Lanes(d8));
+        int32_t x = 0;
+        for (; x + n <= width; x += n) {
+            V16 ch[3][2], y[2], cb[2], cr[2];
+            for (int c = 0; c < 3; ++c) {
+                VF8 v = hn::LoadU(d8, s[c] + x);
+                if constexpr (Ink) v = hn::Not(v);
+                ch[c][0] = LowBytes(hn::BitCast(D16(), v));
+                ch[c][1] = HighBytes(hn::BitCast(D16(), v));
+            }
+            for (int h = 0; h < 2; ++h) yccOf<Arith, NOut>(ch[0][h], ch[1][h], ch[2][h], y[h], cb[h], cr[h]);
+            const auto bytes = [&](const V16 (&v)[2]) { return hn::BitCast(d8, hn::Or(v[0], hn::ShiftLeft<8>(v[1]))); };
+            hn::StoreU(bytes(y), d8, d[0] + x);
+            if constexpr (NOut > 1) {
+                hn::StoreU(bytes(cb), d8, d[1] + x);
+                hn::StoreU(bytes(cr), d8, d[2] + x);
+            }
+            if constexpr (NOut == 4) hn::StoreU(hn::LoadU(d8, s[3] + x), d8, d[3] + x);
+        }
+        return x;
+    }
+};
+
+// Interleaved bytes: one pixel a 32-bit lane. A step is four vectors of
+// lanes; block k of vector j holds pixels 16k + 4j .. 16k + 4j + 3, each
+// block loaded on its own, so that no shuffle crosses blocks. A lane holds u
+// and v as its 16-bit halves, and each sum is one multiply-add of the lane;
+// Y adds 65536 G from a lane that holds G in both halves.
+using DI16 = hn::Repartition<int16_t, DF8>;
+using DU32 = hn::Repartition<uint32_t, DF8>;
+using VI16 = hn::Vec<DI16>;
+using VU32 = hn::Vec<DU32>;
+
+// Bytes lo and hi of pixel i of a block, the pixels Bpp bytes apart from
+// byte `at`, as the 16-bit halves of lane i.
+constexpr Table ownLaneTable(int bpp, int at, int lo, int hi) {
+    uint8_t t[16]{};
+    for (int i = 0; i < 4; ++i) {
+        t[4 * i] = static_cast<uint8_t>(at + bpp * i + lo);
+        t[4 * i + 2] = static_cast<uint8_t>(at + bpp * i + hi);
+        t[4 * i + 1] = t[4 * i + 3] = 0x80;
+    }
+    return ownTable(t);
+}
+
+// The output bytes of a step from its four vectors of sums, the bytes in
+// bits 16..23 and nothing above them: lane i of a block of vector j first
+// goes to byte 4i + j of the block, then each block's 4 x 4 bytes are
+// transposed into pixel order.
+HWY_INLINE VF8 bytesOf(const VU32 (&s)[4]) {
+    const DU32 d;
+    VU32 v = hn::OrAnd(hn::ShiftRight<16>(s[0]), hn::ShiftRight<8>(s[1]), hn::Set(d, 0xFF00u));
+    v = hn::OrAnd(v, s[2], hn::Set(d, 0xFF0000u));
+    v = hn::OrAnd(v, hn::ShiftLeft<8>(s[3]), hn::Set(d, 0xFF000000u));
+    static constexpr Table kOrder = ownTable({0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15});
+    return hn::TableLookupBytes(hn::BitCast(DF8(), v), hn::Load(DF8(), kOrder.v));
+}
+
+template <int Bpp, int RI, int GI, int BI, bool Ink, class Arith, int NOut>
+struct FwdSteps<SrcPix<Bpp, RI, GI, BI, Ink>, Arith, NOut> {
+    using W = Weights<Arith>;
+    // Ink bytes are complemented channels: u is then B - G, and 65536 G
+    // is 255 * 65536 less 65536 times the byte.
+    static constexpr int32_t kY = W::kY + (Ink ? 255 << 16 : 0);
+    // Three-byte pixels: the last vector's blocks are loaded 4 bytes early,
+    // so that a step reads nothing beyond its own pixels.
+    static constexpr int kBack = Bpp == 3 ? 4 : 0;
+
+    static int32_t run(const Vqc8u* const* s, Vqc8u* const* d, int32_t width) {
+        const DF8 d8;
+        const DU32 du32;
+        const DI16 d16;
+        static constexpr Table kG[2] = {ownLaneTable(Bpp, 0, GI, GI), ownLaneTable(Bpp, kBack, GI, GI)};
+        static constexpr Table kBR[2] = {ownLaneTable(Bpp, 0, BI, RI), ownLaneTable(Bpp, kBack, BI, RI)};
+        const int32_t n = static_cast<int32_t>(hn::Lanes(d8));
+        int32_t x = 0;
+        for (; x + n <= width; x += n) {
+            const Vqc8u* p = s[0] + Bpp * static_cast<ptrdiff_t>(x);
+            VU32 y[4], cb[4], cr[4], k[4];
+            for (int j = 0; j < 4; ++j) {
+                const int t = j == 3;
+                const VF8 px = FromBlocks(d8, [&](auto db, int blk) {
+                    return hn::LoadU(db, p + Bpp * (16 * blk + 4 * j) - t * kBack);
+                });
+                const VI16 gg = hn::BitCast(d16, hn::TableLookupBytesOr0(px, hn::Load(d8, kG[t].v)));
+                const VI16 br = hn::BitCast(d16, hn::TableLookupBytesOr0(px, hn::Load(d8, kBR[t].v)));
+                const VI16 uv = Ink ? hn::Sub(br, gg) : hn::Sub(gg, br);
+                const VU32 g16 = hn::And(hn::BitCast(du32, gg), hn::Set(du32, 0xFFFF0000u));
+                const VU32 sy = hn::BitCast(du32, PairDot<W::kYU, W::kYV, kY>(uv));
+                y[j] = Ink ? hn::Sub(sy, g16) : hn::Add(sy, g16);
+                if constexpr (NOut > 1) {
+                    cb[j] = hn::BitCast(du32, PairDot<W::kCbU, W::kCbV, W::kK>(uv));
+                    cr[j] = hn::BitCast(du32, PairDot<W::kCrU, W::kCrV, W::kK>(uv));
+                }
+                if constexpr (NOut == 4) k[j] = hn::ShiftRight<8>(hn::BitCast(du32, px));
+            }
+            hn::StoreU(bytesOf(y), d8, d[0] + x);
+            if constexpr (NOut > 1) {
+                hn::StoreU(bytesOf(cb), d8, d[1] + x);
+                hn::StoreU(bytesOf(cr), d8, d[2] + x);
+            }
+            if constexpr (NOut == 4) hn::StoreU(bytesOf(k), d8, d[3] + x);
+        }
+        return x;
+    }
+};
+
 template <FwdForm F>
 void fwdRow(RowPtrs<typename Fwd<F>::Src::Elem, Fwd<F>::Src::kPlanes> s, RowPtrs<Vqc8u, Fwd<F>::kOut> d,
             int32_t width) {
     using Src = typename Fwd<F>::Src;
     using Arith = typename Fwd<F>::Arith;
     constexpr int NOut = Fwd<F>::kOut;
-    const DF8 d8;
-    const int32_t n = static_cast<int32_t>(hn::Lanes(d8));
-    int32_t x = 0;
-    for (; x + n <= width; x += n) {
-        V16 r[2], g[2], b[2], y[2], cb[2], cr[2];
-        VF8 k;
-        VecSrc<Src>::load(s.p, x, r, g, b, k);
-        for (int h = 0; h < 2; ++h) {
-            y[h] = lumaOf<Arith>(r[h], g[h], b[h]);
-            if constexpr (NOut > 1) chromaOf<Arith>(r[h], g[h], b[h], cb[h], cr[h]);
-        }
-        hn::StoreU(NarrowHalves(y[0], y[1]), d8, d.p[0] + x);
-        if constexpr (NOut > 1) {
-            hn::StoreU(NarrowHalves(cb[0], cb[1]), d8, d.p[1] + x);
-            hn::StoreU(NarrowHalves(cr[0], cr[1]), d8, d.p[2] + x);
-        }
-        if constexpr (NOut == 4) hn::StoreU(k, d8, d.p[3] + x);
-    }
-    if (x < width)
-        ownFwdRow<Src, Arith, NOut>(advance<VecSrc<Src>::kStride>(s, x).p, advance<1>(d, x).p, width - x);
+    const int32_t x = FwdSteps<Src, Arith, NOut>::run(s.p, d.p, width);
+    if (x < width) ownFwdRow<Src, Arith, NOut>(advance<kPixelElems<Src>>(s, x).p, advance<1>(d, x).p, width - x);
 }
 
 template <FwdForm F>
@@ -168,8 +291,9 @@ void fusedRow(const Vqc8u* const* srow, Vqc8u* const* yrow, Vqc8u* cb, Vqc8u* cr
             V16 r[2], g[2], b[2];
             VF8 k;
             VecSrc<Src>::load(&srow[v], x, r, g, b, k);
-            hn::StoreU(NarrowHalves(lumaOf<FwdTable>(r[0], g[0], b[0]), lumaOf<FwdTable>(r[1], g[1], b[1])), d8,
-                       yrow[v] + x);
+            V16 y[2], unused;
+            for (int h = 0; h < 2; ++h) yccOf<FwdTable, 1>(r[h], g[h], b[h], y[h], unused, unused);
+            hn::StoreU(NarrowHalves(y[0], y[1]), d8, yrow[v] + x);
             for (int h = 0; h < 2; ++h)
                 rs[h] = hn::Add(rs[h], pairs(r[h])), gs[h] = hn::Add(gs[h], pairs(g[h])),
                 bs[h] = hn::Add(bs[h], pairs(b[h]));
@@ -188,7 +312,7 @@ void fusedRow(const Vqc8u* const* srow, Vqc8u* const* yrow, Vqc8u* cb, Vqc8u* cr
     if (x < width) {
         const Vqc8u* s[V];
         Vqc8u* y[V];
-        for (int v = 0; v < V; ++v) s[v] = srow[v] + VecSrc<Src>::kStride * static_cast<ptrdiff_t>(x), y[v] = yrow[v] + x;
+        for (int v = 0; v < V; ++v) s[v] = srow[v] + kPixelElems<Src> * static_cast<ptrdiff_t>(x), y[v] = yrow[v] + x;
         ownFwdFusedRow<Src, V, Fused<F>::kK>(s, y, cb + x / 2, cr + x / 2, width - x);
     }
 }

@@ -8,6 +8,7 @@
 
 #include "frame/check.h"
 #include "frame/simd.h"
+#include "frame/simdops.h"
 #include "jpeg/mcu/mcu.h"
 
 #include <type_traits>
@@ -93,6 +94,9 @@ void mcuInv(const Vqc16s* const* pSrc, void* pDst, int32_t dstStep) {
 // first, each sample's repeated over its pixels by interleaving), added to
 // luma with saturation; the channels are paired into bytes and shuffled
 // into pixels within blocks.
+//
+// The kernels' own tags, in a namespace of their own, hide the shared ones.
+namespace {
 
 using D16 = hn::CappedTag<int16_t, kMcuLanes>;
 using DU16 = hn::RebindToUnsigned<D16>;
@@ -101,78 +105,24 @@ using D8 = hn::Repartition<uint8_t, D16>;
 using DB8 = hn::Full128<uint8_t>;  // one block of bytes
 using V16 = hn::Vec<D16>;
 using VU16 = hn::Vec<DU16>;
-using V32 = hn::Vec<D32>;
 using V8 = hn::Vec<D8>;
 using VB8 = hn::Vec<DB8>;
 constexpr int kR = static_cast<int>(hn::MaxLanes(D16())) / 8;
 static_assert(kR == 1 || kR == 2 || kR == 4);
 
-// A vector from its blocks, block k = piece(block tag, k), and back.
-template <class D, class F>
-HWY_INLINE hn::Vec<D> fromBlocks(D d, F piece, int first = 0) {
-    if constexpr (hn::MaxLanes(D()) * sizeof(hn::TFromD<D>) == 16) {
-        return piece(d, first);
-    } else {
-        const hn::Half<D> dh;
-        constexpr int kHalf = static_cast<int>(hn::MaxLanes(dh) * sizeof(hn::TFromD<D>) / 16);
-        return hn::Combine(d, fromBlocks(dh, piece, first + kHalf), fromBlocks(dh, piece, first));
-    }
-}
-template <class V>
-HWY_INLINE hn::Vec<hn::Full128<hn::TFromV<V>>> blockOf(V v, int k) {
-    using D = hn::DFromV<V>;
-    if constexpr (hn::MaxLanes(D()) * sizeof(hn::TFromV<V>) == 16) {
-        return v;
-    } else {
-        const hn::Half<D> dh;
-        constexpr int kHalf = static_cast<int>(hn::MaxLanes(dh) * sizeof(hn::TFromV<V>) / 16);
-        return k < kHalf ? blockOf(hn::LowerHalf(dh, v), k) : blockOf(hn::UpperHalf(dh, v), k - kHalf);
-    }
-}
-
 // Runs of 8 values, run k at p + off(k); stored, one access where they are
 // contiguous (Step 8).
 template <class Off>
 HWY_INLINE V16 loadRuns(const int16_t* p, Off off) {
-    return fromBlocks(D16(), [&](auto db, int k) { return hn::LoadU(db, p + off(k)); });
+    return FromBlocks(D16(), [&](auto db, int k) { return hn::LoadU(db, p + off(k)); });
 }
 template <int Step, class T>
 HWY_INLINE void storeRuns(hn::Vec<hn::Repartition<T, D16>> v, T* p) {
     if constexpr (Step == 8 || kR == 1) {
         hn::StoreU(v, hn::Repartition<T, D16>(), p);
     } else {
-        for (int k = 0; k < kR; ++k) hn::StoreU(blockOf(v, k), hn::Full128<T>(), p + k * Step);
+        for (int k = 0; k < kR; ++k) hn::StoreU(BlockOf(v, k), hn::Full128<T>(), p + k * Step);
     }
-}
-
-HWY_INLINE V16 fromPair(int16_t lo, int16_t hi) {  // (lo, hi) in every pair of lanes
-    return hn::BitCast(D16(), hn::Set(D32(), static_cast<int32_t>(static_cast<uint16_t>(lo) | uint32_t{static_cast<uint16_t>(hi)} << 16)));
-}
-
-// x and y interleaved into pairs, in each block: the lower and the upper
-// halves of the block.
-struct Zip {
-    V16 lo, hi;
-};
-HWY_INLINE Zip zipOf(V16 x, V16 y) {
-    const D16 d;
-    return {hn::InterleaveLower(d, x, y), hn::InterleaveUpper(d, x, y)};
-}
-
-// (wx x + wy y + k) >> Shift for each lane of the pairs z = zip(x, y), back
-// in the lanes of x (the pack undoes the interleave within each block): the
-// sums are exact 32-bit sums of 16-bit products (pmaddwd), so each result is
-// the documented one whenever it fits 16 bits.
-template <int Shift, int16_t Wx, int16_t Wy, int32_t K>
-HWY_INLINE V16 dot(const Zip& z) {
-    const D32 d32;
-    const V16 w = fromPair(Wx, Wy);
-    V32 s1 = hn::Zero(d32), s2 = hn::Zero(d32);
-    V32 lo = hn::ReorderWidenMulAccumulate(d32, z.lo, w, hn::Set(D32(), K), s1);
-    V32 hi = hn::ReorderWidenMulAccumulate(d32, z.hi, w, hn::Set(D32(), K), s2);
-    lo = hn::RearrangeToOddPlusEven(lo, s1);
-    hi = hn::RearrangeToOddPlusEven(hi, s2);
-    return hn::ReorderDemote2To(D16(), hn::ShiftRight<Shift>(lo), hn::ShiftRight<Shift>(hi));
 }
 
 // ---- Forward -------------------------------------------------------------
@@ -196,17 +146,6 @@ HWY_INLINE void splitBytes(V8 v, V16& first, V16& second) {
         first = hn::BitCast(D16(), hn::InterleaveLower(d8, v, hn::Zero(d8)));
         second = hn::BitCast(D16(), hn::InterleaveUpper(d8, v, hn::Zero(d8)));
     }
-}
-
-// A byte-shuffle table of one block, repeated over the vector's blocks (a
-// full load, so that it can stay a memory operand).
-struct Table {
-    alignas(64) uint8_t v[64];
-};
-constexpr Table ownTable(const uint8_t (&t)[16]) {
-    Table r{};
-    for (int i = 0; i < 64; ++i) r.v[i] = t[i % 16];
-    return r;
 }
 
 // 48 bytes of 16 RGB pixels in each block (A, B, C hold bytes 0..15, 16..31,
@@ -265,7 +204,7 @@ HWY_INLINE Px loadPx(const uint8_t* p, ptrdiff_t block, ptrdiff_t second) {
     const auto at = [&](auto db, int k, ptrdiff_t off) { return hn::LoadU(db, p + k * block + off); };
     if constexpr (std::is_same_v<Src, McuRgb> || std::is_same_v<Src, McuBgr>) {
         V8 v[3];
-        const V8 B = fromBlocks(d, [&](auto db, int k) {
+        const V8 B = FromBlocks(d, [&](auto db, int k) {
             if constexpr (Pairs) {
                 return at(db, k, 16);
             } else {
@@ -273,16 +212,16 @@ HWY_INLINE Px loadPx(const uint8_t* p, ptrdiff_t block, ptrdiff_t second) {
                 return hn::Combine(db, at(dq, k, second), at(dq, k, 16));
             }
         });
-        deinterleave3(fromBlocks(d, [&](auto db, int k) { return at(db, k, 0); }), B,
-                      fromBlocks(d, [&](auto db, int k) { return at(db, k, second + 8); }), v);
+        deinterleave3(FromBlocks(d, [&](auto db, int k) { return at(db, k, 0); }), B,
+                      FromBlocks(d, [&](auto db, int k) { return at(db, k, second + 8); }), v);
         if constexpr (std::is_same_v<Src, McuBgr>) std::swap(v[0], v[2]);
         for (int c = 0; c < 3; ++c) splitBytes<Pairs>(v[c], px.s[0][c], px.s[1][c]);
     } else if constexpr (std::is_same_v<Src, McuCmyk>) {
         V8 v[4];
-        deinterleave4(fromBlocks(d, [&](auto db, int k) { return at(db, k, 0); }),
-                      fromBlocks(d, [&](auto db, int k) { return at(db, k, 16); }),
-                      fromBlocks(d, [&](auto db, int k) { return at(db, k, second); }),
-                      fromBlocks(d, [&](auto db, int k) { return at(db, k, second + 16); }), v);
+        deinterleave4(FromBlocks(d, [&](auto db, int k) { return at(db, k, 0); }),
+                      FromBlocks(d, [&](auto db, int k) { return at(db, k, 16); }),
+                      FromBlocks(d, [&](auto db, int k) { return at(db, k, second); }),
+                      FromBlocks(d, [&](auto db, int k) { return at(db, k, second + 16); }), v);
         for (int c = 0; c < 3; ++c) v[c] = hn::Sub(hn::Set(D8(), 255), v[c]);
         for (int c = 0; c < 4; ++c) splitBytes<Pairs>(v[c], px.s[0][c], px.s[1][c]);
     } else {
@@ -295,7 +234,7 @@ HWY_INLINE Px loadPx(const uint8_t* p, ptrdiff_t block, ptrdiff_t second) {
         const D32 d32;
         VU16 f[2][3];
         for (int r = 0; r < 2; ++r) {
-            const VU16 w = fromBlocks(du, [&](auto db, int k) {
+            const VU16 w = FromBlocks(du, [&](auto db, int k) {
                 return hn::LoadU(db, reinterpret_cast<const uint16_t*>(p + k * block + (r ? second : 0)));
             });
             const VU16 five = hn::Set(du, 31);
@@ -335,7 +274,7 @@ template <class Arith>
 HWY_INLINE V16 luma(const V16* ch, const Zip& z) {
     if constexpr (std::is_same_v<Arith, McuFwdColour>) {
         static_assert(kWeightYR + kWeightYG + kWeightYB == 65536);
-        return hn::Add(ch[1], dot<16, -int16_t(kWeightYB), -int16_t(kWeightYR), 32768 - (128 << 16)>(z));
+        return hn::Add(ch[1], Dot<16, -int16_t(kWeightYB), -int16_t(kWeightYR), 32768 - (128 << 16)>(z));
     } else {
         (void)z;
         return hn::Sub(ch[0], hn::Set(D16(), 128));
@@ -350,8 +289,8 @@ HWY_INLINE void chroma(V16 x, V16 y, const Zip& z, V16& cb, V16& cr) {
     if constexpr (std::is_same_v<Arith, McuFwdColour>) {
         static_assert(kWeightChroma == 32768 && kWeightCbG == 32768 - 11059 && kWeightCrG == 32768 - 5329);
         (void)x, (void)y;
-        cb = dot<16 + L, -32768, int16_t(kWeightCbR), 1 << (15 + L)>(z);
-        cr = dot<16 + L, int16_t(kWeightCrB), -32768, 1 << (15 + L)>(z);
+        cb = Dot<16 + L, -32768, int16_t(kWeightCbR), 1 << (15 + L)>(z);
+        cr = Dot<16 + L, int16_t(kWeightCrB), -32768, 1 << (15 + L)>(z);
     } else {
         (void)z;
         const V16 rnd = hn::Set(D16(), (1 << L) / 2), k128 = hn::Set(D16(), 128);
@@ -393,7 +332,7 @@ void mcuFwd(const void* pSrcV, int32_t srcStep, Vqc16s* const* pDst) {
                     const int pos = 8 * (y0 + r * kR);
                     V16 x, y, cb, cr;
                     chromaPair<Arith>(ch, x, y);
-                    const Zip z = zipOf(x, y);
+                    const Zip z = ZipOf(x, y);
                     hn::StoreU(luma<Arith>(ch, z), d, pDst[0] + pos);
                     if constexpr (Ink) hn::StoreU(hn::Sub(ch[3], k128), d, pDst[3] + pos);
                     chroma<Arith, 0>(x, y, z, cb, cr);
@@ -413,7 +352,7 @@ void mcuFwd(const void* pSrcV, int32_t srcStep, Vqc16s* const* pDst) {
                     V16 x[2], y[2], lu[2];
                     for (int p = 0; p < 2; ++p) {
                         chromaPair<Arith>(px.s[p], x[p], y[p]);
-                        lu[p] = luma<Arith>(px.s[p], zipOf(x[p], y[p]));
+                        lu[p] = luma<Arith>(px.s[p], ZipOf(x[p], y[p]));
                     }
                     const int left = ownMcuLumaAt<2>(0, y0), right = ownMcuLumaAt<2>(8, y0);
                     storeRuns<8 * V, int16_t>(hn::InterleaveLower(d, lu[0], lu[1]), pDst[0] + left);
@@ -428,7 +367,7 @@ void mcuFwd(const void* pSrcV, int32_t srcStep, Vqc16s* const* pDst) {
                     sy = v ? hn::Add(sy, py2) : py2;
                 }
                 V16 cb, cr;
-                chroma<Arith, L>(sx, sy, zipOf(sx, sy), cb, cr);
+                chroma<Arith, L>(sx, sy, ZipOf(sx, sy), cb, cr);
                 hn::StoreU(cb, d, pDst[1] + 8 * c);
                 hn::StoreU(cr, d, pDst[2] + 8 * c);
             }
@@ -465,7 +404,7 @@ HWY_INLINE void terms(V16 cb, V16 cr, V16 (&t)[3]) {
         static_assert(ownRoundsAsFixedPoint(kInvMul.rCr, kInvMul.rRound) &&
                       ownRoundsAsFixedPoint(kInvMul.bCb, kInvMul.bRound));
         t[0] = hn::MulFixedPoint15(hn::Add(cr, cr), hn::Set(d, 22970));
-        t[1] = hn::Sub(dot<16, int16_t(kInvMul.gCb), 18735, kInvMul.gRound>(zipOf(cb, cr)), cr);
+        t[1] = hn::Sub(Dot<16, int16_t(kInvMul.gCb), 18735, kInvMul.gRound>(ZipOf(cb, cr)), cr);
         t[2] = hn::MulFixedPoint15(hn::ShiftLeft<2>(cb), hn::Set(d, 14516));
     } else {
         const V16 k128 = hn::Set(d, 128);
@@ -552,7 +491,7 @@ HWY_INLINE void storePixels(const V16 (&a)[4], const V16 (&b)[4], Run run) {
             const VU16 mid = is565 ? hn::ShiftLeft<3>(hn::And(g, hn::Set(du, 0xFC))) : hn::ShiftLeft<2>(hn::And(g, f8));
             const VU16 w = hn::Or(hn::Or(hi, mid), hn::ShiftRight<3>(hn::BitCast(du, x[2])));
             for (int k = 0; k < kR; ++k)
-                hn::StoreU(blockOf(w, k), hn::Full128<uint16_t>(), reinterpret_cast<uint16_t*>(run(h * kR + k)));
+                hn::StoreU(BlockOf(w, k), hn::Full128<uint16_t>(), reinterpret_cast<uint16_t*>(run(h * kR + k)));
         }
     } else if constexpr (std::is_same_v<Dst, McuToCmyk>) {
         const D8 d;
@@ -564,10 +503,10 @@ HWY_INLINE void storePixels(const V16 (&a)[4], const V16 (&b)[4], Run run) {
         for (int k = 0; k < kR; ++k) {
             uint8_t* p = run(2 * k);
             uint8_t* q = run(2 * k + 1);
-            hn::StoreU(blockOf(x[0], k), DB8(), p);
-            hn::StoreU(blockOf(x[1], k), DB8(), p + 16);
-            hn::StoreU(blockOf(x[2], k), DB8(), q);
-            hn::StoreU(blockOf(x[3], k), DB8(), q + 16);
+            hn::StoreU(BlockOf(x[0], k), DB8(), p);
+            hn::StoreU(BlockOf(x[1], k), DB8(), p + 16);
+            hn::StoreU(BlockOf(x[2], k), DB8(), q);
+            hn::StoreU(BlockOf(x[3], k), DB8(), q + 16);
         }
     } else {
         // Block k holds the runs a_k and b_k.
@@ -582,11 +521,11 @@ HWY_INLINE void storePixels(const V16 (&a)[4], const V16 (&b)[4], Run run) {
         for (int k = 0; k < kR; ++k) {
             uint8_t* p = run(k);
             uint8_t* q = run(kR + k);
-            const VB8 mid = blockOf(x[1], k);
-            hn::StoreU(blockOf(x[0], k), DB8(), p);
+            const VB8 mid = BlockOf(x[1], k);
+            hn::StoreU(BlockOf(x[0], k), DB8(), p);
             hn::StoreU(hn::LowerHalf(dq, mid), dq, p + 16);
             hn::StoreU(hn::UpperHalf(dq, mid), dq, q);
-            hn::StoreU(blockOf(x[2], k), DB8(), q + 8);
+            hn::StoreU(BlockOf(x[2], k), DB8(), q + 8);
         }
     }
 }
@@ -661,6 +600,7 @@ void mcuInv(const Vqc16s* const* pSrc, void* pDstV, int32_t dstStep) {
     }
 }
 
+}  // namespace
 #endif  // VQCJ_SIMD_BASELINE
 
 using FwdFn = void (*)(const void*, int32_t, Vqc16s* const*);

@@ -1,9 +1,9 @@
 // The colour conversions, every member. First the arithmetic: all 2^24 inputs
-// through the forward table form, both four-channel forms (each with its own
-// Y rounding), the inverse table form and the inverse multiplication form,
-// against a plain model. The library computes without tables and on 16-bit
-// lanes; the model sums the twelve tables, each term one table by its rule,
-// on 32 bits.
+// through the forward table form (from planes, three-byte pixels and inks),
+// both four-channel forms (each with its own Y rounding), the inverse table
+// form and the inverse multiplication form, against a plain model. The
+// library computes without tables, from 16-bit lanes; the model sums the
+// twelve tables, each term one table by its rule, on 32 bits.
 //
 // Then one table of members drives three tests. Each row calls a member on
 // vectors worked out by hand: the corners of both arithmetics, the packed
@@ -58,26 +58,29 @@ constexpr Px invMul(int32_t y, int32_t cb, int32_t cr) {
 }
 
 // One call covers a 256 x 256 image with the first component fixed: planes 0
-// to 2 hold the input, then three planes for each member.
+// to 2 hold the input, then three planes for each member (CMYK: four). The
+// forward table form also runs from three-byte pixels and from inks.
 TEST(ColourExhaustive, TableFreeArithmeticMatchesTheModel) {
     constexpr int kN = 256 * 256;
-    Bytes planes(15 * kN), px(4 * kN), mul(4 * kN);
-    Vqc8u* p[15];
-    for (int k = 0; k < 15; ++k) p[k] = planes.data() + k * kN;
+    Bytes planes(22 * kN), px(4 * kN), px3(3 * kN), mul(4 * kN);
+    Vqc8u* p[22];
+    for (int k = 0; k < 22; ++k) p[k] = planes.data() + k * kN;
     const auto at = [&](int m, int i) { return Px{p[3 * m][i], p[3 * m + 1][i], p[3 * m + 2][i]}; };
-    int miss[5] = {};
+    int miss[7] = {};
     // The sweeps test arithmetic, not threads: one thread keeps them quick.
     vqcjtest::withThreads(1, [&] {
         for (int a = 0; a < 256; ++a) {
             for (int i = 0; i < kN; ++i) {
                 const uint8_t v[3] = {uint8_t(a), uint8_t(i >> 8), uint8_t(i)};
-                for (int c = 0; c < 3; ++c) p[c][i] = px[4 * i + c] = v[c];
+                for (int c = 0; c < 3; ++c) p[c][i] = px[4 * i + c] = px3[3 * i + c] = v[c];
             }
             ASSERT_EQ(vqciRGBToYCbCr_JPEG_8u_P3R(p, 256, p + 3, 256, {256, 256}), 0);
             ASSERT_EQ(vqciRGBToYCbCr_JPEG_8u_C4P3R(px.data(), 1024, p + 6, 256, {256, 256}), 0);
             ASSERT_EQ(vqciBGRToYCbCr_JPEG_8u_C4P3R(px.data(), 1024, p + 9, 256, {256, 256}), 0);
             ASSERT_EQ(vqciYCbCrToRGB_JPEG_8u_P3R(p, 256, p + 12, 256, {256, 256}), 0);
             ASSERT_EQ(vqciYCbCrToRGB_JPEG_8u_P3C4R(p, 256, mul.data(), 1024, {256, 256}, 0), 0);
+            ASSERT_EQ(vqciRGBToYCbCr_JPEG_8u_C3P3R(px3.data(), 768, p + 15, 256, {256, 256}), 0);
+            ASSERT_EQ(vqciCMYKToYCCK_JPEG_8u_C4P4R(px.data(), 1024, p + 18, 256, {256, 256}), 0);
             for (int i = 0; i < kN; ++i) {
                 const int b = i >> 8, c = i & 255;
                 miss[0] += at(1, i) != fwdTable(a, b, c);
@@ -85,11 +88,14 @@ TEST(ColourExhaustive, TableFreeArithmeticMatchesTheModel) {
                 miss[2] += at(3, i) != fwdFour(c, b, a, 16384);
                 miss[3] += at(4, i) != invTable(a, b, c);
                 miss[4] += Px{mul[4 * i], mul[4 * i + 1], mul[4 * i + 2]} != invMul(a, b, c);
+                miss[5] += at(5, i) != fwdTable(a, b, c);
+                miss[6] += at(6, i) != fwdTable(255 - a, 255 - b, 255 - c);
             }
         }
     });
-    const char* names[5] = {"forward table", "forward RGB C4", "forward BGR C4", "inverse table", "inverse mul"};
-    for (int m = 0; m < 5; ++m) EXPECT_EQ(miss[m], 0) << names[m];
+    const char* names[7] = {"forward table", "forward RGB C4", "forward BGR C4", "inverse table",
+                            "inverse mul",   "forward C3",     "forward CMYK"};
+    for (int m = 0; m < 7; ++m) EXPECT_EQ(miss[m], 0) << names[m];
 }
 
 constexpr uint8_t E = 0xEE;            // a byte left as it was
