@@ -1,10 +1,10 @@
 // The tile structures of OpenJPEG 2.5 that its DWT entry points read,
-// declared here as that library lays them out (they are not in its public
+// declared as that library lays them out (they are not in its public
 // header). Only the fields the DWT uses are filled in.
 #include "jpeg2k_wavelet_peer.h"
 
+#include <cstddef>
 #include <cstring>
-#include <vector>
 
 namespace {
 
@@ -56,29 +56,25 @@ void* opj_thread_pool_create(int num_threads);
 }
 
 namespace vqcjtest {
-
 namespace {
 
-// One level: resolution 0 is the component halved (rounding up the
-// coordinates), resolution 1 the component itself.
+// One level: resolution 1 is the component, resolution 0 its coordinates
+// halved, rounding up.
 template <class Fn>
 bool run(void* data, int x0, int y0, int w, int h, Fn&& fn) {
     static void* pool = opj_thread_pool_create(0);
-    OpjResolution res[2];
-    std::memset(res, 0, sizeof(res));
     auto ceilHalf = [](int v) { return v >= 0 ? (v + 1) / 2 : -((-v) / 2); };
+    OpjResolution res[2] = {};
     res[1].x0 = x0, res[1].y0 = y0, res[1].x1 = x0 + w, res[1].y1 = y0 + h;
     res[0].x0 = ceilHalf(x0), res[0].y0 = ceilHalf(y0), res[0].x1 = ceilHalf(x0 + w), res[0].y1 = ceilHalf(y0 + h);
-    for (auto& r : res) r.win_x0 = 0, r.win_y0 = 0, r.win_x1 = uint32_t(r.x1 - r.x0), r.win_y1 = uint32_t(r.y1 - r.y0);
-    OpjTileComp tc;
-    std::memset(&tc, 0, sizeof(tc));
+    for (auto& r : res) r.win_x1 = uint32_t(r.x1 - r.x0), r.win_y1 = uint32_t(r.y1 - r.y0);
+    OpjTileComp tc = {};
     tc.x0 = x0, tc.y0 = y0, tc.x1 = x0 + w, tc.y1 = y0 + h;
-    tc.numresolutions = 2, tc.minimum_num_resolutions = 2;
+    tc.numresolutions = tc.minimum_num_resolutions = 2;
     tc.resolutions = res;
     tc.data = static_cast<int32_t*>(data);
     tc.data_size = tc.data_size_needed = size_t(w) * h * 4;
-    OpjTcd tcd;
-    std::memset(&tcd, 0, sizeof(tcd));
+    OpjTcd tcd = {};
     tcd.thread_pool = pool;
     tcd.whole_tile_decoding = 1;
     return fn(&tcd, &tc) != 0;
@@ -86,15 +82,11 @@ bool run(void* data, int x0, int y0, int w, int h, Fn&& fn) {
 
 }  // namespace
 
-bool opjDwt53Forward(int32_t* d, int x0, int y0, int w, int h) {
-    return run(d, x0, y0, w, h, [](OpjTcd* t, OpjTileComp* c) { return opj_dwt_encode(t, c); });
-}
+bool opjDwt53Forward(int32_t* d, int x0, int y0, int w, int h) { return run(d, x0, y0, w, h, opj_dwt_encode); }
 bool opjDwt53Inverse(int32_t* d, int x0, int y0, int w, int h) {
     return run(d, x0, y0, w, h, [](OpjTcd* t, OpjTileComp* c) { return opj_dwt_decode(t, c, 2); });
 }
-bool opjDwt97Forward(float* d, int x0, int y0, int w, int h) {
-    return run(d, x0, y0, w, h, [](OpjTcd* t, OpjTileComp* c) { return opj_dwt_encode_real(t, c); });
-}
+bool opjDwt97Forward(float* d, int x0, int y0, int w, int h) { return run(d, x0, y0, w, h, opj_dwt_encode_real); }
 bool opjDwt97Inverse(float* d, int x0, int y0, int w, int h) {
     return run(d, x0, y0, w, h, [](OpjTcd* t, OpjTileComp* c) { return opj_dwt_decode_real(t, c, 2); });
 }
