@@ -8,7 +8,11 @@ with VQCJ_SIMD=sse2 for our plain routines (the peer keeps its best code).
 A row may also run its peer with an environment of its own, such as
 JSIMD_FORCENONE=1 for libjpeg-turbo's plain C code.
 
-usage: bench/report.py [build-dir] [--min-time SECONDS]
+Each benchmark runs several times, the repetitions of a program's benchmarks
+shuffled together so that a slow moment of the shared machine does not fall
+on one side of a pair; the table gives the medians.
+
+usage: bench/report.py [build-dir] [--min-time SECONDS] [--repetitions N]
 """
 import json
 import os
@@ -19,11 +23,14 @@ import tempfile
 
 build = "build"
 min_time = "0.5"
+repetitions = "5"
 args = sys.argv[1:]
 while args:
     a = args.pop(0)
     if a == "--min-time":
         min_time = args.pop(0)
+    elif a == "--repetitions":
+        repetitions = args.pop(0)
     else:
         build = a
 
@@ -31,18 +38,20 @@ UNIT_NS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 
 def run(program, env_extra=None, names=None):
-    """Real time per iteration in ns, by benchmark name."""
+    """Median real time per iteration in ns, by benchmark name."""
     exe = os.path.join(build, "bench", program)
     if not os.path.exists(exe):
         return {}
     with tempfile.NamedTemporaryFile(suffix=".json") as out:
-        cmd = [exe, f"--benchmark_out={out.name}", "--benchmark_out_format=json", f"--benchmark_min_time={min_time}"]
+        cmd = [exe, f"--benchmark_out={out.name}", "--benchmark_out_format=json", f"--benchmark_min_time={min_time}",
+               f"--benchmark_repetitions={repetitions}", "--benchmark_enable_random_interleaving=true"]
         if names:
             cmd.append("--benchmark_filter=^(" + "|".join(re.escape(n) for n in names) + ")$")
         env = dict(os.environ, **(env_extra or {}))
         subprocess.run(cmd, check=True, stdout=subprocess.DEVNULL, env=env)
         data = json.load(open(out.name))
-    return {b["name"]: b["real_time"] * UNIT_NS[b["time_unit"]] for b in data["benchmarks"]}
+    return {b["run_name"]: b["real_time"] * UNIT_NS[b["time_unit"]] for b in data["benchmarks"]
+            if b.get("aggregate_name") == "median"}
 
 
 def fmt(ns):
@@ -158,7 +167,7 @@ for program in sorted({r[0] for r in ROWS}):
             peer_env[(program, r[2])] = run(program, r[4], [r[2]]).get(r[2])
 
 cpu = next((l.split(":", 1)[1].strip() for l in open("/proc/cpuinfo") if l.startswith("model name")), "unknown CPU")
-print(f"Measured in one run on {cpu}, {os.cpu_count()} cores, single-threaded, `bench/report.py {build}`.\n")
+print(f"Medians of {repetitions} runs on {cpu}, {os.cpu_count()} cores, single-threaded, `bench/report.py {build}`.\n")
 print("| Operation | vqcj | Peer | Peer / vqcj | vqcj, `VQCJ_SIMD=sse2` | Peer / that |")
 print("|---|---|---|---|---|---|")
 for program, ours, peer, label, env in ROWS:
