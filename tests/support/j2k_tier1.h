@@ -1,7 +1,7 @@
-// Code-block plumbing shared by the tier-1 tests, the fuzz seeds and the
-// benchmark: encode one block with the library into one byte string with
-// its rates and segment lengths, cut it after any pass, and cut a real
-// photograph's reversible 5/3 wavelet bands into sign-magnitude code-blocks.
+// Code-block plumbing shared by the tier-1 tests and benchmark: encode one
+// block into one byte string with its rates and segment lengths, cut it
+// after any pass, and cut a photograph's reversible 5/3 wavelet bands into
+// sign-magnitude code-blocks.
 #pragma once
 
 #include <vqcj.h>
@@ -32,43 +32,30 @@ inline T1Coded t1Encode(VqciEncodeState_JPEG2K* st, const T1Block& b, int magnBi
     vqciEncodeLoadCodeBlock_JPEG2K_32s_C1R(b.smag.data(), 4 * b.w, {b.w, b.h}, st, b.subband, magnBits, termType,
                                            0, flags, &r.sfBits, &r.nPasses, &r.nTerm);
     std::vector<uint8_t> buf(chunk > 0 ? chunk : 1 << 20);
-    for (int notFinished = 1; notFinished;) {
+    for (int notFinished = 1; notFinished && r.nPasses;) {
         int32_t len = static_cast<int32_t>(buf.size());
         if (vqciEncodeStoreBits_JPEG2K_1u(buf.data(), &len, st, &notFinished) != vqcStatusOk) std::abort();
         r.bytes.insert(r.bytes.end(), buf.begin(), buf.begin() + len);
-        if (r.nPasses == 0) break;
     }
     r.rates.resize(r.nPasses);
     for (int p = 0; p < r.nPasses; ++p) vqciEncodeGetRate_JPEG2K(st, p, &r.rates[p]);
     r.termLens.resize(r.nTerm);
     for (int t = 0; t < r.nTerm; ++t) vqciEncodeGetTermPassLen_JPEG2K(st, t, &r.termLens[t]);
-    // Segments: one per pass when each pass ends one, else where the kind
-    // changes, which the segment lengths give away only through the flags.
-    r.segOfPass.resize(r.nPasses);
-    const int top = r.sfBits - 1;
-    int seg = 0;
-    for (int p = 0; p < r.nPasses; ++p) {
-        const int plane = top - (p + 2) / 3;
-        const bool raw = (flags & 2) && p % 3 != 0 && plane < r.sfBits - 4;
-        const bool prevRaw = p > 0 && (flags & 2) && (p - 1) % 3 != 0 && top - (p + 1) / 3 < r.sfBits - 4;
-        if (p > 0 && ((flags & 4) || raw != prevRaw)) ++seg;
-        r.segOfPass[p] = seg;
-    }
+    // A segment ends after every pass with "terminate each", else where
+    // the passes switch between MQ and raw coding.
+    auto raw = [&](int p) { return (flags & 2) && p % 3 != 0 && r.sfBits - 1 - (p + 2) / 3 < r.sfBits - 4; };
+    for (int p = 0, seg = 0; p < r.nPasses; ++p)
+        r.segOfPass.push_back(seg += p > 0 && ((flags & 4) || raw(p) != raw(p - 1)));
     return r;
 }
 
-// The data a decoder gets for the first n passes: the whole segments before
-// the last one, and that one cut at the pass's rate.
+// The segment lengths a decoder gets for the first n passes: the whole
+// segments before the last one, and that one cut at the pass's rate.
 inline std::vector<int32_t> t1SegmentsFor(const T1Coded& c, int n) {
     std::vector<int32_t> lens;
-    if (n == 0) return lens;
-    const int last = c.segOfPass[n - 1];
     int32_t used = 0;
-    for (int s = 0; s < last; ++s) {
-        lens.push_back(c.termLens[s]);
-        used += c.termLens[s];
-    }
-    lens.push_back(c.rates[n - 1] - used);
+    for (int s = 0; n > 0 && s < c.segOfPass[n - 1]; ++s) lens.push_back(c.termLens[s]), used += c.termLens[s];
+    if (n > 0) lens.push_back(c.rates[n - 1] - used);
     return lens;
 }
 
@@ -90,35 +77,29 @@ inline std::vector<T1Block> waveletCodeBlocks(const uint8_t* px, int w, int h, i
     std::vector<int32_t> a(static_cast<size_t>(w) * h);
     for (int y = 0; y < h; ++y)
         for (int x = 0; x < w; ++x) a[y * w + x] = px[y * stride + x] - 128;
-    int lw = w, lh = h;
     struct Band {
         int x0, y0, bw, bh, sb;
     };
     std::vector<Band> bands;
-    for (int l = 0; l < levels; ++l) {
+    int lw = w, lh = h;
+    for (int l = 0; l < levels; ++l, lw = (lw + 1) / 2, lh = (lh + 1) / 2) {
         for (int y = 0; y < lh; ++y) lift53(&a[y * w], lw, 1);
         for (int x = 0; x < lw; ++x) lift53(&a[x], lh, w);
         const int lo_w = (lw + 1) / 2, lo_h = (lh + 1) / 2;
-        bands.push_back({lo_w, 0, lw - lo_w, lo_h, 2});      // HL
-        bands.push_back({0, lo_h, lo_w, lh - lo_h, 1});      // LH
+        bands.push_back({lo_w, 0, lw - lo_w, lo_h, 2});          // HL
+        bands.push_back({0, lo_h, lo_w, lh - lo_h, 1});          // LH
         bands.push_back({lo_w, lo_h, lw - lo_w, lh - lo_h, 3});  // HH
-        lw = lo_w;
-        lh = lo_h;
     }
     bands.push_back({0, 0, lw, lh, 0});
     std::vector<T1Block> out;
-    const int shift = 31 - magnBits;
     for (const Band& b : bands)
         for (int y0 = 0; y0 < b.bh; y0 += cbh)
             for (int x0 = 0; x0 < b.bw; x0 += cbw) {
-                T1Block cb;
-                cb.w = std::min(cbw, b.bw - x0);
-                cb.h = std::min(cbh, b.bh - y0);
-                cb.subband = b.sb;
+                T1Block cb{std::min(cbw, b.bw - x0), std::min(cbh, b.bh - y0), b.sb, {}};
                 for (int y = 0; y < cb.h; ++y)
                     for (int x = 0; x < cb.w; ++x) {
                         const int32_t v = a[(b.y0 + y0 + y) * w + b.x0 + x0 + x];
-                        const uint32_t m = static_cast<uint32_t>(v < 0 ? -v : v) << shift;
+                        const uint32_t m = static_cast<uint32_t>(v < 0 ? -v : v) << (31 - magnBits);
                         cb.smag.push_back(static_cast<int32_t>((v < 0 ? 0x80000000u : 0u) | m));
                     }
                 if (cb.w > 0 && cb.h > 0) out.push_back(std::move(cb));
