@@ -214,6 +214,10 @@ TEST(EntropyEncoder, SymbolsWithoutCodeAndStatisticsLimits) {
     blk[vqcj::ownZigzag[16]] = -16384;
     encode(dc, full, blk);
     EXPECT_EQ(vqciGetHuffmanStatistics8x8_JPEG_16s_C1(blk, dcStats, acStats, &pred), vqcStatusBadHuffmanCode);
+    // The single-value statistics count category 16 (lossless JPEG's -32768).
+    const Vqc16s lowest = -32768;
+    EXPECT_EQ(vqciGetHuffmanStatisticsOne_JPEG_16s_C1(&lowest, dcStats), 0);
+    EXPECT_EQ(dcStats[16], 1);
     // No 0xF0 code: refused by the stateful coder, dropped by Direct.
     ac.enc.codeWord[0xF0] = 0;
     std::memset(blk, 0, sizeof blk);
@@ -270,6 +274,18 @@ TEST(EntropyDecoder, ReaderBoundaries) {
     vqciDecodeHuffmanStateInit_JPEG_8u(&st), pos = 0, marker = 0;
     EXPECT_EQ(vqciDecodeHuffman8x8_JPEG_1u16s_C1(src2, 1, &pos, blk, &v, &marker, &odd, &ac.dec, &st), 0);
     EXPECT_TRUE(blk[0] == 7 && st.bitCount == 3);
+    // Direct: a marker cuts the eleven bits of DC category 11 after eight;
+    // they are padded with zeros (0xB3 << 3) and the block ends silently
+    // with the position behind the marker.
+    const Table full(kFullBits, kFullVals.data());
+    const Vqc8u cut[] = {0x0B, 0xB3, 0xFF, 0xD9};
+    uint32_t bits = 0;
+    int32_t bitPos = 0, count = 0;
+    marker = 0, v = 0;
+    EXPECT_EQ(vqciDecodeHuffman8x8_Direct_JPEG_1u16s_C1(cut, &bitPos, blk, &v, &marker, &bits, &count, &full.dec,
+                                                        &full.dec),
+              0);
+    EXPECT_TRUE(blk[0] == 0x598 && v == 0x598 && bitPos == 32 && marker == 0xD9 && count == 0);
 }
 
 TEST(EntropyProgressive, EobRunAndCorrectionLimits) {
@@ -354,6 +370,20 @@ TEST(EntropyProgressive, ChecksFlushesAndSingleBands) {
                       pending ? vqcStatusOutOfBuffer : first ? 0 : vqcStatusBadHuffmanTable);
             EXPECT_EQ(es.eobRun, 0);
         }
+    // A new coefficient whose pending run finds the destination full: the
+    // run and its three correction bits stay waiting, and the flush writes
+    // them (0x00, "010", padding).
+    vqciEncodeHuffmanStateInit_JPEG_8u(&es);
+    es.eobRun = 1, es.correctionCount = 3, pos = 1;
+    es.correctionBits[0] = 0, es.correctionBits[1] = 1, es.correctionBits[2] = 0;
+    blk[1] = 1;
+    EXPECT_EQ(vqciEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(blk, out, 1, &pos, 1, 1, 0, &t.enc, &es, 0),
+              vqcStatusOutOfBuffer);
+    EXPECT_TRUE(es.eobRun == 1 && es.correctionCount == 3);
+    pos = 0;
+    ASSERT_EQ(vqciEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(nullptr, out, 64, &pos, 0, 0, 0, &t.enc, &es, 1), 0);
+    EXPECT_EQ(std::vector<Vqc8u>(out, out + pos), (std::vector<Vqc8u>{0x00, 0x5F}));
+    blk[1] = 0;
     // Ss equal to Se codes one position: 12 at position 7 with Al 2 is 3,
     // symbol 0x02 and "11"; decoded back as 12 at that position. Category
     // 11 codes, but the statistics stop above 10.
