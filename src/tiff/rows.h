@@ -8,6 +8,8 @@
 
 #include <vqcj.h>
 
+#include "frame/bytes.h"
+
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -26,8 +28,7 @@ inline uint64_t load64(const Vqc8u* p) {
 // Index of the lowest zero byte of v, or 8 when there is none. Borrows of the
 // classic test only spill above a true zero byte, so the lowest flag is exact.
 inline int32_t lowestZeroByte(uint64_t v) {
-    constexpr uint64_t ones = 0x0101010101010101u, highs = 0x8080808080808080u;
-    const uint64_t flags = (v - ones) & ~v & highs;
+    const uint64_t flags = ownZeroByteFlags(v);
     return flags == 0 ? 8 : std::countr_zero(flags) >> 3;
 }
 

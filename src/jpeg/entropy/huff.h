@@ -11,6 +11,8 @@
 
 #include <vqcj.h>
 
+#include "frame/bytes.h"
+
 #include <cstdint>
 #include <cstring>
 
@@ -57,10 +59,7 @@ inline int32_t extendValue(uint32_t v, uint32_t s) {
     return static_cast<int32_t>(v < half ? v + 1u - (1u << s) : v);
 }
 
-inline bool hasByteFF(uint32_t w, uint32_t mask) {
-    const uint32_t x = ~w;
-    return ((x - 0x01010101u) & ~x & 0x80808080u & mask) != 0;
-}
+inline bool hasByteFF(uint32_t w, uint32_t mask) { return (ownZeroByteFlags(~w) & mask) != 0; }
 
 // Bit k set for each non-zero AC coefficient at zig-zag position k (bit 0
 // clear). Four coefficients a word: the top bit of each non-zero lane,
@@ -215,8 +214,7 @@ struct HuffFastWriter {
         if (b == 0xFF) *p++ = 0;
     }
     void storeWord(uint64_t w) {
-        const uint64_t x = ~w;
-        if (((x - 0x0101010101010101u) & ~x & 0x8080808080808080u) == 0) {
+        if (ownZeroByteFlags(~w) == 0) {
             const uint64_t be = __builtin_bswap64(w);
             std::memcpy(p, &be, 8);
             p += 8;
@@ -231,8 +229,7 @@ struct HuffFastWriter {
         // Top-aligned, so that the bytes behind the complete ones hold a
         // zero bit and cannot be taken for 0xFF.
         const uint64_t w = acc << (63 - n) << 1;
-        const uint64_t x = ~w;
-        if (((x - 0x0101010101010101u) & ~x & 0x8080808080808080u) != 0) {
+        if (ownZeroByteFlags(~w) != 0) {
             for (; n >= 8; n -= 8) byte(static_cast<uint32_t>(acc >> (n - 8)) & 0xFF);
             return;
         }
@@ -516,7 +513,7 @@ struct HuffFastReader {
             w = __builtin_bswap64(w);
             // Any 0xFF among the eight (a borrow runs only from a real one):
             // the bytes before the first.
-            if (((~w - 0x0101010101010101u) & w & 0x8080808080808080u) != 0) {
+            if (ownZeroByteFlags(~w) != 0) {
                 const uint64_t x = ~w, lo7 = 0x7F7F7F7F7F7F7F7Fu;
                 return load(w, static_cast<uint32_t>(__builtin_clzll(~(((x & lo7) + lo7) | x) & ~lo7)) >> 3);
             }
